@@ -1,0 +1,62 @@
+// The fixed paths, names and texts that every unit shares, spelled once, and the
+// assertion that stops the program on a state that cannot occur.
+#ifndef ZET_CONSTANTS_H
+#define ZET_CONSTANTS_H
+
+#include <assert.h>
+
+namespace zet {
+
+// The scratch directory of a run is TEMP_BASE "/" TEMP_PREFIX and a number.
+constexpr const char* TEMP_BASE = "/tmp";
+constexpr const char* TEMP_PREFIX = "zet-";
+
+constexpr const char* LANG_DIR = "/usr/share/zet/lang";
+constexpr const char* FALLBACK_LANG = "C";
+constexpr const char* LANG_EXTENSION = ".lang";
+
+// The external tools always come from the running system, whatever the installation root.
+constexpr const char* GZIP_TOOL = "/lib/zetutils/gzip";
+constexpr const char* TAR_TOOL = "/lib/zetutils/tar";
+constexpr const char* DIALOG_TOOL = "/lib/zetutils/dialog";
+
+constexpr const char* CONFIG_FILE = "/etc/zet.conf";
+constexpr const char* CONFIG_SECTION = "zet";
+constexpr const char* CONFIG_DEPS_KEY = "deps";
+
+// The database tree, relative to the installation root.
+constexpr const char* VAR_DIR = "/var";
+constexpr const char* LOG_DIR = "/var/log";
+constexpr const char* PACKAGES_DIR = "/var/log/packages";
+constexpr const char* SCRIPTS_DIR = "/var/log/scripts";
+constexpr const char* POSTINST_DIR = "/var/log/postinst";
+constexpr const char* BUILD_DIR = "/var/log/build";
+constexpr const char* DEPS_DIR = "/var/log/deps";
+constexpr const char* SETUP_DIR = "/var/log/setup";
+constexpr const char* SETUP_TMP_DIR = "/var/log/setup/tmp";
+constexpr const char* PRESERVED_DIR = "/var/log/setup/tmp/preserved_packages";
+// Named for completeness of the tree; the database keeps no trace of a removed package.
+constexpr const char* REMOVED_PACKAGES_DIR = "/var/log/removed_packages";
+constexpr const char* REMOVED_SCRIPTS_DIR = "/var/log/removed_scripts";
+
+constexpr const char* DEFAULT_TAGFILE = "tagfile";
+constexpr const char* PROGRAM_VERSION = "1.0rc1";
+
+constexpr const char* PACKAGE_EXTENSION = ".tgz";
+constexpr const char* INSTALL_DIR_MEMBER = "install/";
+
+// Names of the scratch files inside the temporary directory.
+constexpr const char* TEMP_FILELIST = "filelist";
+constexpr const char* TEMP_INSTALL = "install";
+constexpr const char* TEMP_SIZE_INFO = "size-info";
+constexpr const char* TEMP_SCRIPT = "script";
+constexpr const char* TEMP_MENU_RESULT = "menudialog-result";
+
+}  // namespace zet
+
+// An assertion that no build switches off: the states it guards must stop the program
+// in every build users install, Release included, so it does not depend on NDEBUG.
+#define ZET_ASSERT(expr) \
+  ((expr) ? static_cast<void>(0) : __assert_fail(#expr, __FILE__, __LINE__, __PRETTY_FUNCTION__))
+
+#endif

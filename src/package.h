@@ -1,0 +1,96 @@
+// Package is one package: its identity, file list, scripts, descriptions, dependency and
+// build lines and sizes. It is filled from exactly one of two sources, a .tgz file or the
+// database under /var/log. PackageName splits a base name such as foo-bar-1.2-i486-1 into
+// short name, version, architecture and build.
+#ifndef ZET_PACKAGE_H
+#define ZET_PACKAGE_H
+
+#include <cstdint>
+#include <map>
+#include <string>
+
+#include "filelist.h"
+#include "scriptrunner.h"
+#include "textvector.h"
+
+class PackageRecord;
+
+// Why the last load of a Package failed. Value 1 is not used.
+enum PackageError : int32_t {
+  LoadExtractFailed = 0,
+  LoadRecordUnreadable = 2,
+  LoadListFailed = 3,
+  LoadBadName = 4,
+  LoadNoFile = 5,
+  LoadSizeInfoBad = 6,
+  LoadNotInstalled = 7,
+  LoadIncomplete = 8,
+};
+
+// The parts of a package base name; only `name` is read by the rest of the program.
+class PackageName {
+ public:
+  // Splits `text` on dashes; false, with all fields empty, below four parts.
+  bool parse(const std::string& text);
+  void clear();
+  // A token that starts with a digit and has a "." after its first character.
+  static bool isVersion(const std::string& token);
+
+  std::string name;
+  std::string version;
+  std::string build;
+  std::string architecture;
+};
+
+// One package and what the program knows of it.
+class Package {
+ public:
+  Package();
+
+  // Empties everything but `lastError` and `warnOnly`, and reads "LANG" into `language`.
+  // An unset "LANG" ends the program here, although main picks "C" for its language file.
+  void reset();
+
+  // Fills the package from a .tgz without touching the installed system.
+  bool loadFromFile(const std::string& path);
+  // Finds an installed package by short name, full name, .tgz name or path.
+  bool loadFromDatabase(std::string nameOrFile);
+
+  // A copy of the description in `language`; with `stripPrefix` each line loses its
+  // leading "name:".
+  TextVector descriptionLines(bool stripPrefix);
+  // Identity of the object, not of the name.
+  bool operator==(const Package& other) const { return this == &other; }
+
+  // The short name of a full name, or the empty string when it does not parse.
+  static std::string shortNameOf(const std::string& fullName);
+  // Removes every blank, then every tab, from each line.
+  static void stripBlanks(TextVector& lines);
+  static void dropEmptyLines(TextVector& lines);
+  // The lines that begin with `name` and ":".
+  static TextFile filterDescription(const TextVector& lines, const std::string& name);
+  // Copies every description of the record over ours.
+  void takeDescriptions(const PackageRecord& record);
+  // Copies every description of ours into the record.
+  void fillRecord(PackageRecord& record) const;
+
+  int32_t lastError;
+  bool warnOnly;
+  FileList files;
+  std::map<std::string, TextFile> descriptions;
+  ScriptRunner preinstScript;
+  ScriptRunner doinstScript;
+  ScriptRunner postinstScript;
+  TextFile deps;
+  TextFile buildInfo;
+  std::string name;
+  std::string fullName;
+  std::string location;
+  std::string language;
+  uint32_t compressedSizeK;
+  uint32_t uncompressedSizeK;
+  bool fromFile;
+  bool fromDatabase;
+};
+
+#endif
