@@ -1,0 +1,250 @@
+// The driver: fixes the order of a run and turns results into messages and exit statuses.
+// Start-up reads the language, checks the tools, reads the configuration and the command
+// line, refuses a non-root user and makes the database directories under the root.
+#include <unistd.h>
+
+#include <cstdlib>
+#include <string>
+#include <vector>
+
+#include "args.h"
+#include "configfile.h"
+#include "constants.h"
+#include "filesystem.h"
+#include "lang.h"
+#include "messages.h"
+#include "package.h"
+#include "packagegroup.h"
+#include "tagfile.h"
+#include "temparea.h"
+
+using namespace zet;
+
+// What the configuration and the command line decided; written only at start-up.
+struct Settings {
+  PackageGroup::OperationType operation = PackageGroup::OperationNone;
+  TagPriority priority = TagNone;
+  std::string tagfile;
+  bool nodeps = false;
+  bool infobox = false;
+  bool menu = false;
+  bool ask = false;
+  bool force = false;
+  bool warn = false;
+  bool preserve = false;
+  bool installNew = false;
+  bool reinstall = false;
+  bool withDeps = false;
+  bool showDeps = false;
+};
+
+static Settings settings;
+
+// Every way out of the front end removes the run's scratch directory first.
+[[noreturn]] static void leave(int status) {
+  FileSystem::instance().removeTree(TempArea::instance().getPath(), false);
+  exit(status);
+}
+
+// Every refusal of the command line looks the same, whichever word was wrong.
+[[noreturn]] static void badLine() {
+  printError(ErrorBadArgumentLine);
+  leave(ExitBadCommandLine);
+}
+
+void readConfiguration() {
+  ConfigFile config;
+  if (config.read(CONFIG_FILE)) {
+    const std::string deps = config.get(CONFIG_SECTION, CONFIG_DEPS_KEY);
+    if (deps == "no") settings.nodeps = true;
+    if (deps == "yes") settings.nodeps = false;
+    return;
+  }
+  // The first run still checks dependencies; the file it leaves makes later runs skip them.
+  config.set(CONFIG_SECTION, CONFIG_DEPS_KEY, "no");
+  config.write(CONFIG_FILE);
+}
+
+void buildOptionTable() {
+  static const struct {
+    const char* name;
+    bool takesValue;
+  } table[] = {
+      {"install", false},   {"i", false},     {"remove", false},    {"r", false},
+      {"upgrade", false},   {"u", false},     {"root", true},       {"tagfile", true},
+      {"priority", true},   {"force", false}, {"nodeps", false},    {"deps", false},
+      {"infobox", false},   {"ask", false},   {"menu", false},      {"warn", false},
+      {"preserve", false},  {"copy", false},  {"debug", false},     {"install-new", false},
+      {"reinstall", false}, {"help", false},  {"h", false},         {"no-colors", false},
+      {"with-deps", false}, {"lang", true},   {"show-deps", false},
+  };
+  Args& args = Args::instance();
+  args.clear();
+  for (const auto& row : table) args.addOption(row.name, row.takesValue);
+}
+
+static bool given(const char* name) {
+  return Args::instance().optionExists(name, true);
+}
+
+// The operation of a general name comes from exactly one of the operation or help options.
+static PackageGroup::OperationType operationFromOptions() {
+  int count = 0;
+  for (const char* name : {"install", "i", "remove", "r", "upgrade", "u", "help", "h"}) {
+    if (given(name)) ++count;
+  }
+  if (count != 1) badLine();
+  if (given("install") || given("i")) return PackageGroup::OperationInstall;
+  if (given("remove") || given("r")) return PackageGroup::OperationRemove;
+  if (given("upgrade") || given("u")) return PackageGroup::OperationUpgrade;
+  if (given("help") || given("h")) return PackageGroup::OperationNone;
+  ZET_ASSERT("Error in args parse" && 0);
+  return PackageGroup::OperationNone;
+}
+
+static HelpType helpFor(PackageGroup::OperationType operation) {
+  switch (operation) {
+    case PackageGroup::OperationInstall:
+      return HelpInstallzet;
+    case PackageGroup::OperationRemove:
+      return HelpRemovezet;
+    case PackageGroup::OperationUpgrade:
+      return HelpUpgradezet;
+    default:
+      return HelpZet;
+  }
+}
+
+static void applyPriority(const std::string& value) {
+  if (value == "ADD") settings.priority = TagAdd;
+  if (value == "REC") settings.priority = TagRec;
+  if (value == "OPT") settings.priority = TagOpt;
+  if (value == "SKP") settings.priority = TagSkip;
+}
+
+// Order matters: "deps" beats "nodeps", and "warn" and "copy" beat "deps".
+static void applyFlags() {
+  Args& args = Args::instance();
+  if (given("nodeps")) settings.nodeps = true;
+  if (given("deps")) settings.nodeps = false;
+  if (given("infobox")) settings.infobox = true;
+  if (given("menu")) settings.menu = true;
+  if (given("ask")) settings.ask = true;
+  if (given("force")) settings.force = true;
+  if (given("warn")) settings.warn = settings.nodeps = true;
+  if (given("preserve")) settings.preserve = true;
+  if (given("copy")) settings.nodeps = settings.warn = settings.preserve = true;
+  if (given("debug")) DebugLog::instance().enabled = true;
+  if (given("install-new")) settings.installNew = true;
+  if (given("reinstall")) settings.reinstall = true;
+  if (given("with-deps")) settings.withDeps = true;
+  if (given("lang")) loadLanguage(args.getValue("lang"));
+  if (given("show-deps")) settings.showDeps = true;
+}
+
+// Drops, without a word, each word whose package the tag file marks "SKP".
+static void filterByTagFile() {
+  TagFile tags;
+  const std::string path = settings.tagfile.empty() ? DEFAULT_TAGFILE : settings.tagfile;
+  if (!tags.load(path.c_str())) return;
+  std::vector<std::string>& words = Args::instance().getArguments();
+  unsigned index = 0;
+  while (index < words.size()) {
+    PackageName parsed;
+    const std::string base = FileSystem::stripExtension(FileSystem::baseName(words[index]));
+    if (parsed.parse(base) && tags.priority(parsed.name) == TagSkip) {
+      Args::instance().removeArgument(index);
+    } else {
+      ++index;
+    }
+  }
+}
+
+static std::vector<std::string> permittedOptions(PackageGroup::OperationType operation) {
+  std::vector<std::string> allowed = {"deps", "nodeps", "lang", "no-colors", "show-deps"};
+  std::vector<std::string> own;
+  switch (operation) {
+    case PackageGroup::OperationInstall:
+      own = {"i",    "install", "warn",     "root",    "infobox",
+             "menu", "ask",     "priority", "tagfile", "force"};
+      break;
+    case PackageGroup::OperationRemove:
+      own = {"r", "remove", "warn", "preserve", "copy", "with-deps"};
+      break;
+    case PackageGroup::OperationUpgrade:
+      own = {"u", "upgrade", "install-new", "reinstall"};
+      break;
+    default:
+      break;
+  }
+  allowed.insert(allowed.end(), own.begin(), own.end());
+  return allowed;
+}
+
+void parseArgs(int argc, char** argv) {
+  Args& args = Args::instance();
+  if (!args.parse(argc, argv)) badLine();
+  if (!given("no-colors")) {
+    setColors(1, 14, 15);
+    colorsEnabled = true;
+  }
+
+  const std::string program = args.getProgramName();
+  if (program == "installzet") {
+    settings.operation = PackageGroup::OperationInstall;
+  } else if (program == "removezet") {
+    settings.operation = PackageGroup::OperationRemove;
+  } else if (program == "upgradezet") {
+    settings.operation = PackageGroup::OperationUpgrade;
+  } else {
+    settings.operation = operationFromOptions();
+  }
+
+  if (given("help") || given("h")) {
+    printHelp(helpFor(settings.operation), PROGRAM_VERSION);
+    leave(ExitOk);
+  }
+
+  if (given("root")) FileSystem::instance().setRoot(args.getValue("root"));
+  if (given("tagfile")) settings.tagfile = args.getValue("tagfile");
+  if (given("priority")) applyPriority(args.getValue("priority"));
+  if (args.getArguments().empty()) badLine();
+  applyFlags();
+  filterByTagFile();
+  if (!args.onlyAllowed(permittedOptions(settings.operation))) badLine();
+}
+
+static void checkTools() {
+  for (const char* tool : {GZIP_TOOL, TAR_TOOL, DIALOG_TOOL}) {
+    // A missing tool is reported and the run goes on: help needs none of them.
+    if (!FileSystem::instance().exists(tool, false)) printError(ErrorRequiredAppDoNotExists, tool);
+  }
+}
+
+static void makeDatabaseDirectories() {
+  FileSystem& fs = FileSystem::instance();
+  fs.makePath(fs.getRoot(), false);
+  for (const char* dir : {VAR_DIR, LOG_DIR, PACKAGES_DIR, SCRIPTS_DIR, POSTINST_DIR, BUILD_DIR,
+                          DEPS_DIR, SETUP_DIR, SETUP_TMP_DIR, PRESERVED_DIR}) {
+    fs.makeDir(dir, true);
+  }
+}
+
+int main(int argc, char** argv) {
+  TempArea::instance().create(TEMP_BASE, TEMP_PREFIX);
+  FileSystem::instance().makeDir(TempArea::instance().getPath(), false);
+
+  const char* lang = getenv("LANG");
+  loadLanguage(lang ? lang : FALLBACK_LANG);
+  checkTools();
+  readConfiguration();
+  buildOptionTable();
+  parseArgs(argc, argv);
+
+  if (getuid() != 0) {
+    printError(ErrorNotRoot);
+    leave(ExitNotRoot);
+  }
+  makeDatabaseDirectories();
+  leave(ExitOk);
+}
