@@ -1,0 +1,151 @@
+#include "textvector.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <string>
+
+#include "constants.h"
+
+TextVector::TextVector(const TextVector& other) {
+  for (unsigned i = 0; i < other.size(); ++i) push_back(other[i]);
+}
+
+TextVector::~TextVector() {
+  clear();
+}
+
+bool TextVector::operator=(const TextVector& other) {
+  clear();
+  for (unsigned i = 0; i < other.size(); ++i) push_back(other[i]);
+  return true;
+}
+
+void TextVector::push_back(const char* text, unsigned int length) {
+  char* copy = static_cast<char*>(malloc(length + 1));
+  if (copy == nullptr) ZET_ASSERT(0 && "Low memory");
+  strncpy(copy, text, length);
+  copy[length] = '\0';
+  // Grow by doubling ourselves rather than trusting the library's growth factor.
+  if (items.size() == items.capacity())
+    items.reserve(items.capacity() == 0 ? 1 : 2 * items.capacity());
+  items.push_back(copy);
+}
+
+void TextVector::push_back(const char* text) {
+  push_back(text, static_cast<unsigned>(strlen(text)));
+}
+
+void TextVector::pop_back() {
+  free(items.back());
+  items.pop_back();
+}
+
+void TextVector::clear() {
+  for (char* item : items) free(item);
+  items.clear();
+}
+
+// Tokens are copied straight out of `text`, so even a very long token is taken whole.
+void TextVector::split(char delimiter, const char* text) {
+  const char* tokenStart = text;
+  for (const char* cursor = text;; ++cursor) {
+    if (*cursor != delimiter && *cursor != '\0') continue;
+    const unsigned count = static_cast<unsigned>(cursor - tokenStart);
+    if (count > 0) push_back(tokenStart, count);
+    if (*cursor == '\0') return;
+    tokenStart = cursor + 1;
+  }
+}
+
+void TextVector::erase(int index) {
+  TextVector rest;
+  for (unsigned i = 0; i < size(); ++i) {
+    if (static_cast<int>(i) != index) rest.push_back(items[i]);
+  }
+  *this = rest;
+}
+
+int TextVector::find(const char* text) const {
+  for (unsigned i = 0; i < size(); ++i) {
+    if (strcmp(items[i], text) == 0) return static_cast<int>(i);
+  }
+  return -1;
+}
+
+void TextVector::removeChar(char character, int index) {
+  std::string stripped;
+  for (const char* in = items[index]; *in != '\0'; ++in) {
+    if (*in != character) stripped += *in;
+  }
+  // Allocate through push_back, the one place that deals with exhausted memory.
+  push_back(stripped.c_str());
+  free(items[index]);
+  items[index] = items.back();
+  items.pop_back();
+}
+
+TextVector TextVector::difference(const TextVector& a, const TextVector& b) {
+  TextVector result;
+  for (unsigned i = 0; i < a.size(); ++i) {
+    if (b.find(a[i]) < 0) result.push_back(a[i]);
+  }
+  return result;
+}
+
+// The strings of removed elements are left allocated on purpose: callers may still hold
+// them, and the process is too short-lived for the loss to matter.
+bool TextVector::removeAll(const TextVector& other) {
+  std::vector<char*> kept;
+  for (char* item : items) {
+    if (other.find(item) < 0) kept.push_back(item);
+  }
+  items.clear();
+  for (char* item : kept) items.push_back(item);
+  return true;
+}
+
+TextFile::TextFile(const char* path) {
+  load(path);
+}
+
+bool TextFile::load(const char* path) {
+  clear();
+  FILE* file = fopen(path, "r");
+  if (file == nullptr) return false;
+  char buffer[1024];
+  while (fgets(buffer, sizeof buffer, file) != nullptr) {
+    unsigned count = 0;
+    // A CR counts as part of the line end only right before the LF of the same read.
+    while (buffer[count] != '\n' && buffer[count] != '\0' &&
+           !(buffer[count] == '\r' && buffer[count + 1] == '\n')) {
+      ++count;
+    }
+    push_back(buffer, count);
+  }
+  fclose(file);
+  return true;
+}
+
+bool TextFile::save(const char* path, bool overwrite) const {
+  if (!overwrite && fileExists(path)) return false;
+  FILE* file = fopen(path, "w+");
+  if (file == nullptr) return false;
+  for (unsigned i = 0; i < size(); ++i) {
+    fputs((*this)[i], file);
+    fputc('\n', file);
+  }
+  fclose(file);
+  return true;
+}
+
+bool TextFile::fileExists(const char* path) {
+  FILE* file = fopen(path, "r");
+  if (file == nullptr) return false;
+  fclose(file);
+  return true;
+}
+
+unsigned TextFile::length(int index) const {
+  return static_cast<unsigned>(strlen((*this)[index]));
+}
