@@ -1,0 +1,331 @@
+#include "package.h"
+
+#include <cctype>
+#include <cmath>
+#include <cstdlib>
+#include <cstring>
+
+#include "constants.h"
+#include "dependencystore.h"
+#include "filesystem.h"
+#include "messages.h"
+#include "packagerecord.h"
+#include "temparea.h"
+
+namespace {
+
+// Members of a package's install/ directory that the loader reads.
+constexpr const char* PREINST_SCRIPT = "/preinst.sh";
+constexpr const char* DOINST_SCRIPT = "/doinst.sh";
+constexpr const char* POSTINST_SCRIPT = "/postinst.sh";
+constexpr const char* DEPS_FILE = "/deps";
+constexpr const char* BUILD_FILE = "/build";
+// "slack-desc" holds the default description, "slack-desc.CODE" the one in language CODE.
+constexpr const char* DESCRIPTION_FILE = "slack-desc";
+constexpr size_t DESCRIPTION_FILE_LENGTH = 10;
+
+bool endsWith(const std::string& text, const std::string& tail) {
+  return text.size() >= tail.size() &&
+         text.compare(text.size() - tail.size(), tail.size(), tail) == 0;
+}
+
+// A byte count of gzip's listing in units of 1024 bytes, rounded up.
+uint32_t kilobytesOf(const char* token) {
+  const int32_t bytes = static_cast<int32_t>(std::strtol(token, nullptr, 10));
+  // Through a signed 64-bit value so that a negative count wraps instead of being undefined.
+  return static_cast<uint32_t>(static_cast<int64_t>(std::ceil(bytes * 0.0009765625)));
+}
+
+// Drops "install/" and everything under it: those members are the package's control files.
+void dropInstallMembers(FileList& files) {
+  const size_t length = std::strlen(zet::INSTALL_DIR_MEMBER);
+  FileList kept;
+  for (unsigned i = 0; i < files.size(); ++i) {
+    if (std::strncmp(files[i], zet::INSTALL_DIR_MEMBER, length) != 0) kept.push_back(files[i]);
+  }
+  files = kept;
+}
+
+// "slack-desc" fills language "C" and "slack-desc.CODE" language CODE; "slack-desc." and
+// other names that merely begin with "slack-desc" give nothing.
+void readDescriptions(Package& package, const std::string& installDir) {
+  FileSystem& fileSystem = FileSystem::instance();
+  fileSystem.list(installDir, false);
+  // Nothing in this walk may list a directory, as that would replace the entries.
+  const TextVector& entries = fileSystem.entries();
+  for (unsigned i = 0; i < entries.size(); ++i) {
+    const char* entry = entries[i];
+    if (std::strncmp(entry, DESCRIPTION_FILE, DESCRIPTION_FILE_LENGTH) != 0) continue;
+    TextFile lines;
+    lines.load((installDir + "/" + entry).c_str());
+    lines = Package::filterDescription(lines, package.name);
+
+    const size_t length = std::strlen(entry);
+    if (length >= DESCRIPTION_FILE_LENGTH + 2 && entry[DESCRIPTION_FILE_LENGTH] == '.') {
+      package.descriptions[entry + DESCRIPTION_FILE_LENGTH + 1] = lines;
+    } else if (length == DESCRIPTION_FILE_LENGTH) {
+      package.descriptions[zet::FALLBACK_LANG] = lines;
+    }
+  }
+}
+
+// Shows the default description when there is none in the user's language.
+void fallBackToDefaultLanguage(Package& package) {
+  if (package.descriptions.count(package.language) == 0 &&
+      package.descriptions.count(zet::FALLBACK_LANG) != 0) {
+    package.language = zet::FALLBACK_LANG;
+  }
+}
+
+// Scripts, descriptions, deps and build of an extracted install/ directory; each may be absent.
+void readControlFiles(Package& package, const std::string& installDir) {
+  package.preinstScript.load((installDir + PREINST_SCRIPT).c_str());
+  package.doinstScript.load((installDir + DOINST_SCRIPT).c_str());
+  package.postinstScript.load((installDir + POSTINST_SCRIPT).c_str());
+  readDescriptions(package, installDir);
+  fallBackToDefaultLanguage(package);
+  package.deps.load((installDir + DEPS_FILE).c_str());
+  Package::stripBlanks(package.deps);
+  Package::dropEmptyLines(package.deps);
+  // Empty build lines stay: the first line is the build stamp, whatever it holds.
+  package.buildInfo.load((installDir + BUILD_FILE).c_str());
+  Package::stripBlanks(package.buildInfo);
+}
+
+// The second line of gzip's listing: compressed, uncompressed, ratio and name. A name with a
+// blank gives more tokens and is refused.
+bool readSizes(Package& package, const std::string& sizeInfoPath) {
+  TextFile sizeInfo;
+  if (!sizeInfo.load(sizeInfoPath.c_str()) || sizeInfo.size() < 2) return false;
+  TextVector tokens;
+  tokens.split(' ', sizeInfo[1]);
+  if (tokens.size() != 4) return false;
+  package.compressedSizeK = kilobytesOf(tokens[0]);
+  package.uncompressedSizeK = kilobytesOf(tokens[1]);
+  return true;
+}
+
+}  // namespace
+
+bool PackageName::parse(const std::string& text) {
+  clear();
+  TextVector tokens;
+  tokens.split('-', text.c_str());
+  const unsigned count = tokens.size();
+  if (count < 4) return false;
+
+  build = tokens[count - 1];
+  architecture = tokens[count - 2];
+  name = tokens[0];
+  bool versionStarted = false;
+  for (unsigned i = 1; i < count - 3; ++i) {
+    if (versionStarted) {
+      version += "-";
+      version += tokens[i];
+    } else if (isVersion(tokens[i])) {
+      version = tokens[i];
+      versionStarted = true;
+    } else {
+      name += "-";
+      name += tokens[i];
+    }
+  }
+  // Joined without a dash: a multi-token version comes out with its last two tokens fused.
+  version += tokens[count - 3];
+  return true;
+}
+
+void PackageName::clear() {
+  name.clear();
+  version.clear();
+  build.clear();
+  architecture.clear();
+}
+
+bool PackageName::isVersion(const std::string& token) {
+  if (token.empty() || !std::isdigit(static_cast<unsigned char>(token[0]))) return false;
+  return token.find('.', 1) != std::string::npos;
+}
+
+Package::Package() : warnOnly(false) {
+  reset();
+}
+
+void Package::reset() {
+  // Deliberately unchecked: an unset LANG must end the program here.
+  language = std::string(std::getenv("LANG"));
+  compressedSizeK = 0;
+  uncompressedSizeK = 0;
+  files.clear();
+  descriptions.clear();
+  preinstScript.clear();
+  doinstScript.clear();
+  postinstScript.clear();
+  deps.clear();
+  buildInfo.clear();
+  name.clear();
+  fullName.clear();
+  location.clear();
+  fromFile = false;
+  fromDatabase = false;
+}
+
+TextVector Package::descriptionLines(bool stripPrefix) {
+  TextVector lines;
+  const auto entry = descriptions.find(language);
+  if (entry == descriptions.end()) return lines;
+  if (!stripPrefix) return entry->second;
+
+  const size_t prefixLength = name.size() + 1;
+  const TextFile& source = entry->second;
+  for (unsigned i = 0; i < source.size(); ++i) {
+    // A line shorter than the prefix, which only a hand-edited record can hold, comes out empty.
+    const size_t length = std::strlen(source[i]);
+    lines.push_back(length > prefixLength ? source[i] + prefixLength : "");
+  }
+  return lines;
+}
+
+std::string Package::shortNameOf(const std::string& fullName) {
+  PackageName parsed;
+  return parsed.parse(fullName) ? parsed.name : std::string();
+}
+
+void Package::stripBlanks(TextVector& lines) {
+  for (unsigned i = 0; i < lines.size(); ++i) {
+    lines.removeChar(' ', i);
+    lines.removeChar('\t', i);
+  }
+}
+
+void Package::dropEmptyLines(TextVector& lines) {
+  TextVector kept;
+  for (unsigned i = 0; i < lines.size(); ++i) {
+    if (lines[i][0] != '\0') kept.push_back(lines[i]);
+  }
+  lines = kept;
+}
+
+TextFile Package::filterDescription(const TextVector& lines, const std::string& name) {
+  const std::string prefix = name + ":";
+  TextFile kept;
+  for (unsigned i = 0; i < lines.size(); ++i) {
+    if (std::strncmp(lines[i], prefix.c_str(), prefix.size()) == 0) kept.push_back(lines[i]);
+  }
+  return kept;
+}
+
+void Package::takeDescriptions(const PackageRecord& record) {
+  for (const auto& entry : record.descriptions) descriptions[entry.first] = entry.second;
+}
+
+void Package::fillRecord(PackageRecord& record) const {
+  for (const auto& entry : descriptions) record.descriptions[entry.first] = entry.second;
+}
+
+bool Package::loadFromFile(const std::string& path) {
+  reset();
+  DebugLog::instance() << "loading from file\n";
+  location = path;
+  fullName = FileSystem::stripExtension(FileSystem::baseName(path));
+  name = shortNameOf(fullName);
+
+  FileSystem& fileSystem = FileSystem::instance();
+  if (!fileSystem.exists(path, false)) {
+    lastError = LoadNoFile;
+    return false;
+  }
+  if (path.size() <= 4 || !endsWith(path, zet::PACKAGE_EXTENSION)) {
+    lastError = LoadBadName;
+    return false;
+  }
+  if (!files.loadFromArchive(path.c_str())) {
+    lastError = LoadListFailed;
+    return false;
+  }
+  // Taken literally: an archive that lists "./install/" is not a package.
+  if (files.find(zet::INSTALL_DIR_MEMBER) < 0) {
+    printError(ErrorPackageNotComplete, path);
+    lastError = LoadIncomplete;
+    return false;
+  }
+  dropInstallMembers(files);
+
+  const std::string temp = TempArea::instance().getPath();
+  const std::string extract =
+      std::string(zet::TAR_TOOL) + " xzf " + path + " -C " + temp + " " + zet::TEMP_INSTALL;
+  DebugLog::instance() << "exe: " << extract << "\n";
+  if (std::system(extract.c_str()) != 0) {
+    lastError = LoadExtractFailed;
+    return false;
+  }
+
+  const std::string installDir = temp + "/" + zet::TEMP_INSTALL;
+  readControlFiles(*this, installDir);
+  fileSystem.removeTree(installDir, false);
+
+  const std::string sizeInfoPath = temp + "/" + zet::TEMP_SIZE_INFO;
+  const std::string sizeQuery = std::string(zet::GZIP_TOOL) + " -l " + path + " 1>" + sizeInfoPath;
+  // No line end here: the next trace text follows on the same line.
+  DebugLog::instance() << "exe: " << sizeQuery;
+  // The status tells nothing: the output file decides.
+  [[maybe_unused]] const int status = std::system(sizeQuery.c_str());
+  if (!readSizes(*this, sizeInfoPath)) {
+    lastError = LoadSizeInfoBad;
+    return false;
+  }
+  fromFile = true;
+  return true;
+}
+
+bool Package::loadFromDatabase(std::string nameOrFile) {
+  reset();
+  nameOrFile = FileSystem::baseName(nameOrFile);
+  if (endsWith(nameOrFile, zet::PACKAGE_EXTENSION)) {
+    nameOrFile = FileSystem::stripExtension(nameOrFile);
+  }
+
+  // Drops version, architecture and build without parsing, so a version of several tokens
+  // stays in the name; such a package can only be found by its short name.
+  TextVector tokens;
+  tokens.split('-', nameOrFile.c_str());
+  std::string lookupName = nameOrFile;
+  if (tokens.size() >= 4) {
+    lookupName = tokens[0];
+    for (unsigned i = 1; i < tokens.size() - 3; ++i) lookupName += std::string("-") + tokens[i];
+    DebugLog::instance() << "loading package: " << lookupName << "\n";
+  }
+
+  DependencyStore store;
+  store.loadInstalled();
+  if (!store.isInstalled(lookupName.c_str())) {
+    lastError = LoadNotInstalled;
+    return false;
+  }
+  const std::string root = FileSystem::instance().getRoot();
+  PackageRecord record;
+  if (!record.read(root + "/" + store.installedPath(lookupName.c_str()))) {
+    lastError = LoadRecordUnreadable;
+    return false;
+  }
+
+  takeDescriptions(record);
+  location = record.location;
+  // The record's own name wins over the name of its file.
+  fullName = record.name;
+  name = shortNameOf(fullName);
+  compressedSizeK = record.compressedSizeK;
+  uncompressedSizeK = record.uncompressedSizeK;
+  files = record.files;
+
+  // What install wrote has no empty lines, so none are dropped here.
+  deps.load((root + "/" + zet::DEPS_DIR + "/" + fullName).c_str());
+  stripBlanks(deps);
+  buildInfo.load((root + "/" + zet::BUILD_DIR + "/" + fullName).c_str());
+  stripBlanks(buildInfo);
+  fallBackToDefaultLanguage(*this);
+  doinstScript.load((root + "/" + zet::SCRIPTS_DIR + "/" + fullName).c_str());
+  postinstScript.load((root + "/" + zet::POSTINST_DIR + "/" + fullName).c_str());
+  fromDatabase = true;
+  return true;
+}
