@@ -1,0 +1,146 @@
+#include "dependencystore.h"
+
+#include <cstring>
+#include <unordered_set>
+
+#include "constants.h"
+#include "filesystem.h"
+#include "package.h"
+#include "packagerecord.h"
+
+namespace {
+
+bool isDotEntry(const char* entry) {
+  return std::strcmp(entry, ".") == 0 || std::strcmp(entry, "..") == 0;
+}
+
+// The short names of the installed packages, then the incoming ones not yet among them.
+TextVector providedNames(const TextVector& installed, const TextVector& incoming) {
+  TextVector provided;
+  for (unsigned i = 0; i < installed.size(); ++i) {
+    PackageName parsed;
+    if (!isDotEntry(installed[i]) && parsed.parse(installed[i])) {
+      provided.push_back(parsed.name.c_str());
+    }
+  }
+  for (unsigned i = 0; i < incoming.size(); ++i) {
+    if (provided.find(incoming[i]) < 0) provided.push_back(incoming[i]);
+  }
+  return provided;
+}
+
+TextVector missingNames(const TextVector& required, const TextVector& provided) {
+  TextVector missing(required);
+  for (unsigned i = 0; i < missing.size();) {
+    if (provided.find(missing[i]) >= 0) {
+      missing.erase(static_cast<int>(i));
+    } else {
+      ++i;
+    }
+  }
+  return missing;
+}
+
+// The entries of the deps directory, without those of the outgoing packages themselves.
+TextVector dependentCandidates(const TextVector& outgoing) {
+  FileSystem& fileSystem = FileSystem::instance();
+  fileSystem.list(std::string("/") + zet::DEPS_DIR + "/", true);
+  TextVector candidates(fileSystem.entries());
+  for (int i = 0; i < static_cast<int>(candidates.size()); ++i) {
+    // A name twice in `outgoing` steps the index back twice, even below the first entry.
+    if (i < 0) continue;
+    PackageName parsed;
+    if (!parsed.parse(candidates[i])) continue;
+    for (unsigned j = 0; j < outgoing.size(); ++j) {
+      // The index steps back at every equality, so a name twice in `outgoing` also erases the
+      // entry before this one; that is accepted.
+      if (parsed.name == outgoing[j]) DependencyStore::eraseAt(candidates, i--);
+    }
+  }
+  return candidates;
+}
+
+// The short name of each candidate whose deps file names an outgoing package, each once.
+TextVector dependentNames(const TextVector& candidates, const TextVector& outgoing) {
+  const std::string depsDir = FileSystem::instance().getRoot() + "/" + zet::DEPS_DIR + "/";
+  TextVector dependents;
+  for (unsigned i = 0; i < candidates.size(); ++i) {
+    PackageName parsed;
+    if (!parsed.parse(candidates[i])) continue;
+    const TextFile lines((depsDir + candidates[i]).c_str());
+    for (unsigned j = 0; j < outgoing.size(); ++j) {
+      if (lines.find(outgoing[j]) >= 0 && dependents.find(parsed.name.c_str()) < 0) {
+        dependents.push_back(parsed.name.c_str());
+      }
+    }
+  }
+  return dependents;
+}
+
+}  // namespace
+
+void DependencyStore::loadInstalled() {
+  FileSystem& fileSystem = FileSystem::instance();
+  fileSystem.list(std::string("/") + zet::PACKAGES_DIR + "/", true);
+  installed = fileSystem.entries();
+}
+
+void DependencyStore::addRequired(const char* name) {
+  if (required.find(name) < 0) required.push_back(name);
+}
+
+TextVector DependencyStore::resolve(int mode) {
+  if (mode == ResolveMissing) return missingNames(required, providedNames(installed, incoming));
+  if (mode == ResolveDependents) return dependentNames(dependentCandidates(outgoing), outgoing);
+  return TextVector();
+}
+
+void DependencyStore::eraseAt(TextVector& vector, int index) {
+  TextVector rest;
+  for (unsigned i = 0; i < vector.size(); ++i) {
+    if (static_cast<int>(i) != index) rest.push_back(vector[i]);
+  }
+  vector = rest;
+}
+
+// One set of the paths that no other record has listed yet, so each line of the database costs
+// one look-up. Every record is still read on each call: nothing is cached.
+TextVector DependencyStore::sharedFiles(TextVector files, const char* ownName) {
+  std::unordered_set<std::string> unclaimed;
+  for (unsigned i = 0; i < files.size(); ++i) unclaimed.insert(files[i]);
+
+  const std::string packagesDir = FileSystem::instance().getRoot() + "/" + zet::PACKAGES_DIR + "/";
+  for (unsigned i = 0; i < installed.size(); ++i) {
+    if (std::strcmp(installed[i], ownName) == 0) continue;
+    PackageRecord record;
+    // "." and ".." and unreadable records simply list nothing.
+    record.read(packagesDir + installed[i]);
+    for (unsigned j = 0; j < record.files.size(); ++j) unclaimed.erase(record.files[j]);
+  }
+
+  TextVector shared;
+  for (unsigned i = 0; i < files.size(); ++i) {
+    if (unclaimed.count(files[i]) == 0) shared.push_back(files[i]);
+  }
+  return shared;
+}
+
+std::string DependencyStore::installedPath(const char* name) {
+  const std::string prefix = std::string("/") + zet::PACKAGES_DIR + "/";
+  for (unsigned i = 0; i < installed.size(); ++i) {
+    PackageName parsed;
+    if (std::strcmp(installed[i], name) == 0 ||
+        (parsed.parse(installed[i]) && parsed.name == name)) {
+      return prefix + installed[i];
+    }
+  }
+  return std::string();
+}
+
+std::string DependencyStore::fullNameOf(const std::string& name) {
+  for (unsigned i = 0; i < installed.size(); ++i) {
+    PackageName parsed;
+    if (parsed.parse(installed[i]) && parsed.name == name) return installed[i];
+  }
+  return std::string();
+}
