@@ -100,12 +100,6 @@ TEST_F(ArgsTest, GivenFlagsAndValues) {
   EXPECT_EQ(args.getValue("bogus"), "");
 }
 
-TEST_F(ArgsTest, AfterAPlainWordTheWordsOfALaterParseMustStayTogether) {
-  ASSERT_TRUE(parse({"zet", "a"}));
-  // The words of a second parse follow those of the first, which come before any option.
-  EXPECT_FALSE(parse({"zet", "--force", "b"}));
-}
-
 TEST_F(ArgsTest, ADuplicateNameFindsOnlyTheFirstRow) {
   args.addOption("force", true);
   ASSERT_TRUE(parse({"zet", "--force", "a"}));
@@ -126,14 +120,6 @@ TEST_F(ArgsTest, OnlyAllowedLooksAtGivenRowsAlone) {
   EXPECT_TRUE(args.onlyAllowed({"i"}));
   EXPECT_FALSE(args.onlyAllowed({"install", "root"}));
   EXPECT_FALSE(args.onlyAllowed({}));
-}
-
-TEST_F(ArgsTest, ClearEmptiesEverything) {
-  ASSERT_TRUE(parse({"zet", "a"}));
-  args.clear();
-  EXPECT_FALSE(args.optionExists("root", false));
-  EXPECT_TRUE(args.getArguments().empty());
-  EXPECT_EQ(args.getProgramName(), "");
 }
 
 TEST(ArgsWordTest, IsOptionAndOptionName) {

@@ -142,9 +142,4 @@ TEST(LangSubstringTest, Table) {
   }
 }
 
-TEST(LangToUpperTest, ChangesOnlyLetters) {
-  EXPECT_EQ(Lang::toUpper("dialog_install-Package 1"), "DIALOG_INSTALL-PACKAGE 1");
-  EXPECT_EQ(Lang::toUpper("\xe9t\xe9"), "\xe9T\xe9");
-}
-
 }  // namespace
