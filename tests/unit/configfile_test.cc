@@ -69,22 +69,13 @@ TEST_F(ConfigFileTest, ReadKeepsOneTokenListForTheWholeFile) {
   }
 }
 
-TEST_F(ConfigFileTest, GetAnswersEmptyForWhatIsAbsent) {
+TEST_F(ConfigFileTest, GetTakesNamesExactly) {
   writeFile("[zet]\ndeps = no\n");
   ConfigFile config;
   ASSERT_TRUE(config.read(path));
   EXPECT_EQ(config.get("zet", "deps"), "");
   EXPECT_EQ(config.get("zet", "deps "), " no");
   EXPECT_EQ(config.get("ZET", "deps "), "");
-  EXPECT_EQ(config.get("other", "deps "), "");
-}
-
-TEST_F(ConfigFileTest, KeysBeforeAnyHeaderBelongToTheEmptySection) {
-  writeFile("deps=yes\n");
-  ConfigFile config;
-  ASSERT_TRUE(config.read(path));
-  EXPECT_EQ(config.get("", "deps"), "yes");
-  EXPECT_EQ(config.get("zet", "deps"), "");
 }
 
 TEST_F(ConfigFileTest, ReadAddsToTheMapAndAHeaderWipesItsSection) {
