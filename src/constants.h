@@ -3,7 +3,9 @@
 #ifndef ZET_CONSTANTS_H
 #define ZET_CONSTANTS_H
 
-#include <assert.h>
+#include <errno.h>
+#include <stdio.h>
+#include <stdlib.h>
 
 namespace zet {
 
@@ -69,8 +71,16 @@ enum ExitStatus : int {
 }  // namespace zet
 
 // An assertion that no build switches off: the states it guards must stop the program
-// in every build users install, Release included, so it does not depend on NDEBUG.
+// in every build users install, Release included, so it does not depend on NDEBUG. It
+// prints what the standard assertion prints, then aborts.
+[[noreturn]] inline void zetAssertFail(const char* expression, const char* file, unsigned line,
+                                       const char* function) {
+  fprintf(stderr, "%s: %s:%u: %s: Assertion `%s' failed.\n", program_invocation_short_name, file,
+          line, function, expression);
+  abort();
+}
+
 #define ZET_ASSERT(expr) \
-  ((expr) ? static_cast<void>(0) : __assert_fail(#expr, __FILE__, __LINE__, __PRETTY_FUNCTION__))
+  ((expr) ? static_cast<void>(0) : zetAssertFail(#expr, __FILE__, __LINE__, __PRETTY_FUNCTION__))
 
 #endif

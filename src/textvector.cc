@@ -24,8 +24,10 @@ bool TextVector::operator=(const TextVector& other) {
 void TextVector::push_back(const char* text, unsigned int length) {
   char* copy = static_cast<char*>(malloc(length + 1));
   if (copy == nullptr) ZET_ASSERT(0 && "Low memory");
-  strncpy(copy, text, length);
-  copy[length] = '\0';
+  // Copies as strncpy does, filling a shorter text up with NUL, plus the terminator.
+  const size_t copied = strnlen(text, length);
+  memcpy(copy, text, copied);
+  memset(copy + copied, '\0', length + 1 - copied);
   // Grow by doubling ourselves rather than trusting the library's growth factor.
   if (items.size() == items.capacity())
     items.reserve(items.capacity() == 0 ? 1 : 2 * items.capacity());
