@@ -298,7 +298,7 @@ expect_file_content() {
   printf '%s' "$expected" >"$SANDBOX/expected"
   cmp -s "$SANDBOX/expected" "$SANDBOX/check.out" && return 0
   sandbox_fail "$path differs" "  expected: $(_quoted "$expected")" \
-    "  actual:   $(_quoted_file "$SANDBOX/check.out")"
+    "  actual:   $(_quoted_file "$SANDBOX/check.out")" "  after:    ${SB_LAST_COMMAND:-the set-up}"
 }
 
 # expect_exists PATH... / expect_missing PATH...: inside the sandbox. A PATH may be a shell
@@ -307,7 +307,8 @@ expect_exists() {
   local script='for p in '"$*"'; do [ -e "$p" ] || [ -L "$p" ] || echo "$p"; done'
   _sandbox_check "$script" || return 1
   [[ -s "$SANDBOX/check.out" ]] || return 0
-  sandbox_fail "expected to exist in the sandbox, but missing:" "$(sed 's/^/  /' "$SANDBOX/check.out")"
+  sandbox_fail "expected to exist in the sandbox, but missing:" "$(sed 's/^/  /' "$SANDBOX/check.out")" \
+    "  after:    ${SB_LAST_COMMAND:-the set-up}"
 }
 
 expect_missing() {
@@ -315,5 +316,5 @@ expect_missing() {
   _sandbox_check "$script" || return 1
   [[ -s "$SANDBOX/check.out" ]] || return 0
   sandbox_fail "expected to be missing in the sandbox, but present:" \
-    "$(sed 's/^/  /' "$SANDBOX/check.out")"
+    "$(sed 's/^/  /' "$SANDBOX/check.out")" "  after:    ${SB_LAST_COMMAND:-the set-up}"
 }
