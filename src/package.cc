@@ -21,8 +21,8 @@ constexpr const char* POSTINST_SCRIPT = "/postinst.sh";
 constexpr const char* DEPS_FILE = "/deps";
 constexpr const char* BUILD_FILE = "/build";
 // "slack-desc" holds the default description, "slack-desc.CODE" the one in language CODE.
-constexpr const char* DESCRIPTION_FILE = "slack-desc";
-constexpr size_t DESCRIPTION_FILE_LENGTH = 10;
+constexpr char DESCRIPTION_FILE[] = "slack-desc";
+constexpr size_t DESCRIPTION_FILE_LENGTH = sizeof DESCRIPTION_FILE - 1;
 
 bool endsWith(const std::string& text, const std::string& tail) {
   return text.size() >= tail.size() &&

@@ -7,7 +7,6 @@
 
 #include "lang.h"
 #include "messages.h"
-#include "packagerecord.h"
 #include "scratch.h"
 
 namespace {
@@ -91,26 +90,6 @@ TEST(PackageTextTest, DescriptionLinesCopyTheLanguageAndCanCutTheName) {
   package.descriptions["C"] = vectorOf({"foo: one"});
   EXPECT_EQ(package.descriptionLines(true).size(), 0u);
   EXPECT_EQ(package.descriptions.count("de"), 0u);
-}
-
-TEST(PackageTextTest, DescriptionsCopyBetweenPackageAndRecordKeyByKey) {
-  ScopedVariable lang("LANG", "C");
-  Package package;
-  package.descriptions["C"] = vectorOf({"a: one"});
-  package.descriptions["pl"] = vectorOf({"a: jeden"});
-  PackageRecord record;
-  record.descriptions["pl"] = vectorOf({"a: stary"});
-  record.descriptions["de"] = vectorOf({"a: eins"});
-  package.fillRecord(record);
-  EXPECT_EQ(record.descriptions.size(), 3u);
-  EXPECT_EQ(linesOf(record.descriptions["pl"]), Lines{"a: jeden"});
-
-  record.descriptions["pl"] = vectorOf({"a: nowy"});
-  package.descriptions["fr"] = vectorOf({"a: un"});
-  package.takeDescriptions(record);
-  EXPECT_EQ(package.descriptions.size(), 4u);
-  EXPECT_EQ(linesOf(package.descriptions["pl"]), Lines{"a: nowy"});
-  EXPECT_EQ(linesOf(package.descriptions["fr"]), Lines{"a: un"});
 }
 
 TEST(PackageResetTest, ResetEmptiesAllButWarnOnlyAndLastError) {
