@@ -107,7 +107,7 @@ sandbox_teardown() {
 
 # _sandbox_exec MODE STDIN OUT ERR CMDLINE
 # MODE is root, user (uid and gid 65534, no groups) or install (root, with the build and
-# source trees bound in). The command line runs with "sh -c" in "/" with an empty
+# source trees bound in, and the host's /tmp in place of the private one). The command line runs with "sh -c" in "/" with an empty
 # environment but PATH. Its exit status lands in $SANDBOX/status. Returns non-zero only
 # when the sandbox itself could not be entered; the reason is in $SANDBOX/machinery.log.
 _sandbox_exec() {
@@ -120,12 +120,15 @@ _sandbox_exec() {
     mount -t overlay overlay -o "lowerdir=/,upperdir=$sb/upper,workdir=$sb/work" "$m"
     mount --rbind /dev "$m/dev"
     mount -t proc proc "$m/proc"
-    mount --bind "$sb/tmp" "$m/tmp"
     if [ "$mode" = install ]; then
+      # Mount points for trees under /tmp stay in the upper layer, under the private /tmp
+      # of the other runs.
       for dir in "$source" "$build"; do
         mkdir -p "$m$dir"
         mount --rbind "$dir" "$m$dir"
       done
+    else
+      mount --bind "$sb/tmp" "$m/tmp"
     fi
     grep -q " $m overlay " /proc/self/mounts
     : >"$sb/entered"
