@@ -6,99 +6,53 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <fstream>
-#include <sstream>
 #include <string>
 #include <vector>
 
+#include "scratch.h"
+
 namespace {
 
-// Points the installation root at a fresh scratch folder and puts "/" back afterwards.
+// The scratch folder is the installation root.
 class FileSystemTest : public ::testing::Test {
  protected:
-  void SetUp() override {
-    char pattern[] = "/tmp/zet-filesystem-XXXXXX";
-    ASSERT_NE(mkdtemp(pattern), nullptr);
-    root = pattern;
-    fs.setRoot(root);
-    ASSERT_NE(getcwd(oldCwd, sizeof oldCwd), nullptr);
-  }
-  void TearDown() override {
-    ASSERT_EQ(chdir(oldCwd), 0);
-    fs.setRoot("/");
-    std::filesystem::remove_all(root);
-  }
-
-  std::string at(const std::string& relative) const { return root + "/" + relative; }
-  void writeFile(const std::string& relative, const std::string& bytes) {
-    std::ofstream(at(relative), std::ios::binary) << bytes;
-  }
-  std::string readFile(const std::string& relative) {
-    std::ifstream in(at(relative), std::ios::binary);
-    std::stringstream bytes;
-    bytes << in.rdbuf();
-    return bytes.str();
-  }
-  void makeDirs(const std::string& relative) { std::filesystem::create_directories(at(relative)); }
+  std::string at(const std::string& relative) const { return scratch.path() + "/" + relative; }
+  std::string read(const std::string& relative) const { return readWholeFile(at(relative)); }
   void link(const std::string& target, const std::string& relative) {
     ASSERT_EQ(symlink(target.c_str(), at(relative).c_str()), 0);
   }
   bool present(const std::string& relative) const {
-    return std::filesystem::symlink_status(at(relative)).type() !=
-           std::filesystem::file_type::not_found;
+    struct stat status;
+    return lstat(at(relative).c_str(), &status) == 0;
+  }
+  bool isDirectory(const std::string& relative) const {
+    return std::filesystem::is_directory(at(relative));
   }
   std::vector<std::string> listed() {
-    std::vector<std::string> names;
-    for (unsigned i = 0; i < fs.entries().size(); ++i) names.push_back(fs.entries()[i]);
+    std::vector<std::string> names = linesOf(fs.entries());
     std::sort(names.begin(), names.end());
     return names;
   }
 
+  ScratchFolder scratch;
   FileSystem& fs = FileSystem::instance();
-  std::string root;
-  char oldCwd[4096];
+  const std::string top = scratch.path().substr(1);  // the root, spelled relative to "/"
 };
 
-TEST_F(FileSystemTest, ExistsOpensForReading) {
-  makeDirs("dir");
-  writeFile("file", "x");
+TEST_F(FileSystemTest, ExistsOpensForReadingAndRemoveSparesLinksToDirectories) {
+  scratch.makeDirs("dir");
+  scratch.makeDirs("full/inside");
+  scratch.write("file", "x");
   link("nowhere", "dangling");
+  link(at("dir"), "dirlink");
   EXPECT_TRUE(fs.exists("dir", true));
   EXPECT_TRUE(fs.exists("/file", true));
   EXPECT_FALSE(fs.exists("dangling", true));
   EXPECT_FALSE(fs.exists("absent", true));
   EXPECT_TRUE(fs.exists(at("file"), false));
-}
-
-TEST_F(FileSystemTest, RelativePathsWithoutRootFollowTwoRules) {
-  makeDirs("work");
-  ASSERT_EQ(chdir(at("work").c_str()), 0);
-  writeFile("work/here", "x");
-  EXPECT_TRUE(fs.exists("here", false));
-  // makeDir, makePath and copy put "/" in front, so the same relative path means the top.
-  const std::string fromTop = root.substr(1) + "/work";
-  EXPECT_TRUE(fs.makeDir(fromTop + "/made", false));
-  EXPECT_TRUE(std::filesystem::is_directory(at("work/made")));
-  EXPECT_TRUE(fs.copy(fromTop + "/copied", fromTop + "/here", true, false));
-  EXPECT_EQ(readFile("work/copied"), "x");
-  EXPECT_EQ(fs.remove("here", false), 0);
-  EXPECT_FALSE(present("work/here"));
-}
-
-TEST_F(FileSystemTest, ARootWithATrailingSlashStillWorks) {
-  fs.setRoot(root + "/");
-  EXPECT_TRUE(fs.makeDir("var", true));
-  EXPECT_TRUE(fs.exists("/var", true));
-  EXPECT_EQ(fs.getRoot(), root + "/");
-}
-
-TEST_F(FileSystemTest, RemoveTakesDirectoriesAndFilesButNotLinksToDirectories) {
-  makeDirs("dir");
-  makeDirs("full/inside");
-  writeFile("file", "x");
-  link(at("dir"), "dirlink");
   EXPECT_TRUE(FileSystem::isDirectory(at("dirlink")));
   EXPECT_FALSE(FileSystem::isDirectory(at("file")));
+
   EXPECT_EQ(fs.remove("dirlink", true), -1);
   EXPECT_TRUE(present("dirlink"));
   EXPECT_EQ(fs.remove("full", true), -1);
@@ -109,9 +63,26 @@ TEST_F(FileSystemTest, RemoveTakesDirectoriesAndFilesButNotLinksToDirectories) {
   EXPECT_FALSE(present("file"));
 }
 
+// exists, remove and list take a relative path from the working directory; makeDir, makePath
+// and copy put "/" in front, so there the same spelling means the top.
+TEST_F(FileSystemTest, RelativePathsWithoutRootFollowTwoRules) {
+  char oldCwd[4096];
+  ASSERT_NE(getcwd(oldCwd, sizeof oldCwd), nullptr);
+  scratch.write("work/here", "x");
+  ASSERT_EQ(chdir(at("work").c_str()), 0);
+  EXPECT_TRUE(fs.exists("here", false));
+  EXPECT_TRUE(fs.makeDir(top + "/work/made", false));
+  EXPECT_TRUE(isDirectory("work/made"));
+  EXPECT_TRUE(fs.copy(top + "/work/copied", top + "/work/here", true, false));
+  EXPECT_EQ(read("work/copied"), "x");
+  EXPECT_EQ(fs.remove("here", false), 0);
+  EXPECT_FALSE(present("work/here"));
+  ASSERT_EQ(chdir(oldCwd), 0);
+}
+
 TEST_F(FileSystemTest, ListReadsEveryNameAndKeepsTheOldListOnFailure) {
-  makeDirs("dir/sub");
-  writeFile("dir/.hidden", "");
+  scratch.makeDirs("dir/sub");
+  scratch.write("dir/.hidden", "");
   ASSERT_TRUE(fs.list("dir", true));
   const std::vector<std::string> expected = {".", "..", ".hidden", "sub"};
   EXPECT_EQ(listed(), expected);
@@ -121,12 +92,11 @@ TEST_F(FileSystemTest, ListReadsEveryNameAndKeepsTheOldListOnFailure) {
 }
 
 TEST_F(FileSystemTest, RemoveTreeGoesThroughLinksAndSparesTheLinksThemselves) {
-  makeDirs("tree/a/b");
-  makeDirs("elsewhere/deep");
-  writeFile("tree/.hidden", "");
-  writeFile("tree/a/b/file", "x");
-  writeFile("elsewhere/deep/victim", "x");
-  writeFile("target", "x");
+  scratch.makeDirs("tree/a/b");
+  scratch.write("tree/.hidden", "");
+  scratch.write("tree/a/b/file", "x");
+  scratch.write("elsewhere/deep/victim", "x");
+  scratch.write("target", "x");
   link(at("elsewhere"), "tree/a/dirlink");
   link(at("target"), "tree/filelink");
   link("nowhere", "tree/dangling");
@@ -138,18 +108,18 @@ TEST_F(FileSystemTest, RemoveTreeGoesThroughLinksAndSparesTheLinksThemselves) {
   EXPECT_TRUE(present("elsewhere"));
   EXPECT_FALSE(present("elsewhere/deep"));
 
-  std::filesystem::remove(at("tree/a/dirlink"));
+  ASSERT_EQ(unlink(at("tree/a/dirlink").c_str()), 0);
   fs.removeTree(at("tree"), false);
   EXPECT_FALSE(present("tree"));
   EXPECT_TRUE(present("target"));
   fs.removeTree("absent", true);
 }
 
-TEST_F(FileSystemTest, CopyCarriesContentModeAndOwner) {
+TEST_F(FileSystemTest, CopyCarriesContentModeAndOwnerAndFollowsLinksAtBothEnds) {
   std::string big(25000, '\0');
   for (size_t i = 0; i < big.size(); ++i) big[i] = static_cast<char>(i * 7);
-  writeFile("big", big);
-  writeFile("empty", "");
+  scratch.write("big", big);
+  scratch.write("empty", "");
   ASSERT_EQ(chmod(at("empty").c_str(), 0640), 0);
   const bool asRoot = geteuid() == 0;
   if (asRoot) {
@@ -157,85 +127,71 @@ TEST_F(FileSystemTest, CopyCarriesContentModeAndOwner) {
   }
 
   EXPECT_TRUE(fs.copy("big-copy", "big", true, true));
-  EXPECT_EQ(readFile("big-copy"), big);
+  EXPECT_EQ(read("big-copy"), big);
   EXPECT_TRUE(fs.copy("empty-copy", "empty", true, true));
-  EXPECT_EQ(readFile("empty-copy"), "");
+  EXPECT_EQ(read("empty-copy"), "");
   struct stat status;
   ASSERT_EQ(stat(at("empty-copy").c_str(), &status), 0);
   EXPECT_EQ(status.st_mode & 07777, 0640u);
   if (asRoot) {
-    EXPECT_EQ(status.st_uid, 1234u);
-    EXPECT_EQ(status.st_gid, 5678u);
+    EXPECT_EQ(std::make_pair(status.st_uid, status.st_gid), std::make_pair(1234u, 5678u));
   }
   EXPECT_FALSE(fs.copy("x", "absent", true, true));
   EXPECT_FALSE(fs.copy("no/dir/x", "big", true, true));
-}
 
-TEST_F(FileSystemTest, CopyFollowsLinksAtBothEnds) {
-  writeFile("real", "content");
-  writeFile("written", "old");
-  link(at("real"), "source-link");
+  scratch.write("written", "old");
+  link(at("big"), "source-link");
   link(at("written"), "destination-link");
   EXPECT_TRUE(fs.copy("destination-link", "source-link", true, true));
-  EXPECT_EQ(readFile("written"), "content");
+  EXPECT_EQ(read("written"), big);
 }
 
 TEST_F(FileSystemTest, CopyWithoutOverwriteAlwaysLooksUnderTheRoot) {
-  writeFile("source", "new");
-  writeFile("taken", "old");
+  scratch.write("source", "new");
+  scratch.write("taken", "old");
   EXPECT_FALSE(fs.copy("taken", "source", false, true));
-  EXPECT_EQ(readFile("taken"), "old");
-
+  EXPECT_EQ(read("taken"), "old");
   // Not under the root, the destination is "/" + path, but the test still looks under root.
-  const std::string top = root.substr(1);
   EXPECT_FALSE(fs.copy("taken", top + "/source", false, false));
   EXPECT_TRUE(fs.copy(top + "/taken", top + "/source", false, false));
-  EXPECT_EQ(readFile("taken"), "new");
+  EXPECT_EQ(read("taken"), "new");
 }
 
-TEST_F(FileSystemTest, MakeDirAndMakePath) {
+TEST_F(FileSystemTest, MakeDirAndMakePathAlsoUnderARootWithATrailingSlash) {
   EXPECT_TRUE(fs.makeDir("one", true));
   EXPECT_FALSE(fs.makeDir("one", true));
   EXPECT_FALSE(fs.makeDir("no/parent", true));
-
   EXPECT_TRUE(fs.makePath("/a/b/c/", true));
-  EXPECT_TRUE(std::filesystem::is_directory(at("a/b/c")));
+  EXPECT_TRUE(isDirectory("a/b/c"));
   EXPECT_TRUE(fs.makePath("a/b/c", true));
-  EXPECT_TRUE(fs.makePath(root.substr(1) + "/x/y", false));
-  EXPECT_TRUE(std::filesystem::is_directory(at("x/y")));
+  EXPECT_TRUE(fs.makePath(top + "/x/y", false));
+  EXPECT_TRUE(isDirectory("x/y"));
+
+  fs.setRoot(scratch.path() + "/");
+  EXPECT_TRUE(fs.makeDir("var", true));
+  EXPECT_TRUE(fs.exists("/var", true));
+  EXPECT_TRUE(isDirectory("var"));
 }
 
-TEST(FileSystemNamesTest, BaseName) {
-  const struct {
-    const char* path;
-    const char* base;
-  } rows[] = {
+TEST(FileSystemNamesTest, BaseNameAndStripExtension) {
+  const std::pair<const char*, const char*> bases[] = {
       {"/mnt/foo-1.2-i486-1.tgz", "foo-1.2-i486-1.tgz"},
       {"foo.tgz", "foo.tgz"},
       {"dir/", ""},
       {"/", ""},
       {"", ""},
-      {"a//b", "b"},
-  };
-  for (const auto& row : rows) EXPECT_EQ(FileSystem::baseName(row.path), row.base) << row.path;
-}
-
-TEST(FileSystemNamesTest, StripExtension) {
-  const struct {
-    const char* name;
-    const char* stripped;
-  } rows[] = {
-      {"foo-1.2-i486-1.tgz", "foo-1.2-i486-1"},
-      {"plain", ""},
-      {".hidden", ""},
-      {"ends.", "ends"},
-      {"a", ""},
-      {"", ""},
-      {"..", "."},
-      {"dir.d/file", "dir"},
-  };
-  for (const auto& row : rows) {
-    EXPECT_EQ(FileSystem::stripExtension(row.name), row.stripped) << row.name;
+      {"a//b", "b"}};
+  for (const auto& row : bases) EXPECT_EQ(FileSystem::baseName(row.first), row.second) << row.first;
+  const std::pair<const char*, const char*> stripped[] = {{"foo-1.2-i486-1.tgz", "foo-1.2-i486-1"},
+                                                          {"plain", ""},
+                                                          {".hidden", ""},
+                                                          {"ends.", "ends"},
+                                                          {"a", ""},
+                                                          {"", ""},
+                                                          {"..", "."},
+                                                          {"dir.d/file", "dir"}};
+  for (const auto& row : stripped) {
+    EXPECT_EQ(FileSystem::stripExtension(row.first), row.second) << row.first;
   }
 }
 

@@ -1,56 +1,39 @@
 #include "lang.h"
 
 #include <gtest/gtest.h>
-#include <stdlib.h>
-#include <unistd.h>
 
-#include <fstream>
 #include <string>
 #include <vector>
 
+#include "scratch.h"
+
 namespace {
 
-// Loads small language files from a scratch folder into the process-wide catalogue. Every
-// test uses keys of its own, since the catalogue only grows.
-class LangTest : public ::testing::Test {
- protected:
-  void SetUp() override {
-    char pattern[] = "/tmp/zet-lang-XXXXXX";
-    ASSERT_NE(mkdtemp(pattern), nullptr);
-    dir = pattern;
-  }
-  void TearDown() override {
-    for (const std::string& path : written) unlink(path.c_str());
-    rmdir(dir.c_str());
-  }
-  bool load(const std::string& content) {
-    const std::string path = dir + "/" + std::to_string(written.size()) + ".lang";
-    std::ofstream(path) << content;
-    written.push_back(path);
-    return Lang::instance().load(path);
-  }
-  // The sentence and what get() printed on standard output while fetching it.
-  template <typename... Args>
-  std::pair<std::string, std::string> get(const char* key, const Args&... args) {
-    testing::internal::CaptureStdout();
-    std::string sentence = Lang::instance().get(key, args...);
-    return {sentence, testing::internal::GetCapturedStdout()};
-  }
-
-  std::string dir;
-  std::vector<std::string> written;
-};
+typedef std::pair<std::string, std::string> Fetched;  // the sentence, and what get() printed
 
 std::string notFound(const std::string& key) {
   return "Lang::get(): sentence '" + key + "' not found in lang file\n";
 }
 
-TEST_F(LangTest, AFileThatCannotBeOpenedGivesFalse) {
-  EXPECT_FALSE(Lang::instance().load(dir + "/missing.lang"));
-  EXPECT_TRUE(load(""));
-  EXPECT_TRUE(load("no equals sign here\n\n"));
+template <typename... Args>
+Fetched get(const char* key, const Args&... args) {
+  testing::internal::CaptureStdout();
+  std::string sentence = Lang::instance().get(key, args...);
+  return {sentence, testing::internal::GetCapturedStdout()};
 }
 
+// Every test uses keys of its own, since the process-wide catalogue only grows.
+class LangTest : public ::testing::Test {
+ protected:
+  bool load(const std::string& content) {
+    return Lang::instance().load(scratch.write(std::to_string(++files) + ".lang", content));
+  }
+
+  ScratchFolder scratch;
+  int files = 0;
+};
+
+// Rows load in order onto the one catalogue; a null sentence means the key is not found.
 TEST_F(LangTest, FileFormatTable) {
   const struct {
     const char* content;
@@ -64,29 +47,23 @@ TEST_F(LangTest, FileFormatTable) {
       {"KeyTwice=first\nKeyTwice=second\n", "KeyTwice", "second"},
       {"KeyEmpty=\n", "KeyEmpty", ""},
       {"KeyBlanks= x \n", "KeyBlanks", " x "},
-      {"junk line\nKeyAfterJunk=y\n", "KeyAfterJunk", "y"},
+      {"junk line\n\nKeyAfterJunk=y\n", "KeyAfterJunk", "y"},
       {"KeyCrLf=z\r\n", "KeyCrLf", "z"},
+      {"SpacedKey = x\n", "SpacedKey", nullptr},  // the blanks belong to the key
+      {"", "SpacedKey ", " x"},
+      {"OpenKey=never\\\n", "OpenKey", nullptr},  // still open at the end of the file
+      {"", "No_Such_key", nullptr},               // named as the caller spelled it
+      {"LayerOne=first\nLayerTwo=first\n", "LayerTwo", "first"},
+      {"LayerTwo=second\n", "LayerTwo", "second"},  // later files lie on top key by key
+      {"", "LayerOne", "first"},
   };
   for (const auto& row : cases) {
-    SCOPED_TRACE(row.content);
+    SCOPED_TRACE(std::string(row.content) + " / " + row.key);
     ASSERT_TRUE(load(row.content));
-    EXPECT_EQ(get(row.key), std::make_pair(std::string(row.sentence), std::string()));
+    EXPECT_EQ(get(row.key),
+              row.sentence ? Fetched(row.sentence, "") : Fetched("", notFound(row.key)));
   }
-}
-
-TEST_F(LangTest, BlanksAroundTheEqualsSignBelongToTheKey) {
-  ASSERT_TRUE(load("SpacedKey = x\n"));
-  EXPECT_EQ(get("SpacedKey"), std::make_pair(std::string(), notFound("SpacedKey")));
-  EXPECT_EQ(get("SpacedKey ").first, " x");
-}
-
-TEST_F(LangTest, AnEntryStillOpenAtTheEndOfTheFileIsDropped) {
-  ASSERT_TRUE(load("OpenKey=never\\\n"));
-  EXPECT_EQ(get("OpenKey").second, notFound("OpenKey"));
-}
-
-TEST_F(LangTest, TheNotFoundLineNamesTheKeyAsTheCallerSpelledIt) {
-  EXPECT_EQ(get("No_Such_key"), std::make_pair(std::string(), notFound("No_Such_key")));
+  EXPECT_FALSE(Lang::instance().load(scratch.path() + "/missing.lang"));
 }
 
 TEST_F(LangTest, MarkersAreFilledInOrder) {
@@ -95,48 +72,32 @@ TEST_F(LangTest, MarkersAreFilledInOrder) {
   EXPECT_EQ(get("TwoMarkers", std::string("[ARG]"), "y").first, "[ARG] and y");
   EXPECT_EQ(get("BareMarker", "only").first, "only");
   EXPECT_EQ(get("NoMarker", "unused").first, "plain");
-  // A marker beyond the given arguments stays empty.
-  EXPECT_EQ(get("TwoMarkers", "x").first, "x and ");
+  EXPECT_EQ(get("TwoMarkers", "x").first, "x and ");  // a marker past the arguments stays empty
 }
 
-TEST_F(LangTest, LaterFilesLieOnTopKeyByKey) {
-  ASSERT_TRUE(load("LayerOne=first\nLayerTwo=first\n"));
-  ASSERT_TRUE(load("LayerTwo=second\n"));
-  EXPECT_EQ(get("LayerOne").first, "first");
-  EXPECT_EQ(get("LayerTwo").first, "second");
-}
-
-TEST(LangSplitTest, Table) {
+TEST(LangTextTest, SplitAndSubstring) {
   const struct {
     const char* text;
     std::vector<std::string> fragments;
-  } cases[] = {
-      {"", {""}},
-      {"plain", {"plain"}},
-      {"a[ARG]", {"a", ""}},
-      {"[ARG]", {"", ""}},
-      {"[ARG][ARG]", {"", "", ""}},
-      {"x[ARG]y[ARG]z", {"x", "y", "z"}},
-      {"[[ARG]", {"[", ""}},
-      {"[AR", {"[AR"}},
-      {"[arg]", {"[arg]"}},
-  };
-  for (const auto& row : cases) {
+  } splits[] = {{"", {""}},
+                {"plain", {"plain"}},
+                {"a[ARG]", {"a", ""}},
+                {"[ARG]", {"", ""}},
+                {"[ARG][ARG]", {"", "", ""}},
+                {"x[ARG]y[ARG]z", {"x", "y", "z"}},
+                {"[[ARG]", {"[", ""}},
+                {"[AR", {"[AR"}},
+                {"[arg]", {"[arg]"}}};
+  for (const auto& row : splits)
     EXPECT_EQ(Lang::split(ARG_MARKER, row.text), row.fragments) << row.text;
-  }
-}
-
-TEST(LangSubstringTest, Table) {
   const struct {
     const char* text;
     int start;
     unsigned length;
     const char* part;
-  } cases[] = {
-      {"hello", 1, 3, "ell"}, {"hello", 3, 10, "lo"}, {"hello", 0, 0, ""},
-      {"hello", 5, 1, ""},    {"hello", -1, 2, ""},   {"", 0, 1, ""},
-  };
-  for (const auto& row : cases) {
+  } parts[] = {{"hello", 1, 3, "ell"}, {"hello", 3, 10, "lo"}, {"hello", 0, 0, ""},
+               {"hello", 5, 1, ""},    {"hello", -1, 2, ""},   {"", 0, 1, ""}};
+  for (const auto& row : parts) {
     EXPECT_EQ(Lang::substring(row.text, row.start, row.length), row.part)
         << row.text << " " << row.start << " " << row.length;
   }

@@ -1,9 +1,6 @@
 // Checks every shipped language file against the keys the program asks for: no key missing,
 // none unknown, and each sentence with as many "[ARG]" markers as its callers pass.
-#include <dirent.h>
 #include <gtest/gtest.h>
-#include <stdlib.h>
-#include <unistd.h>
 
 #include <cstring>
 #include <fstream>
@@ -14,6 +11,7 @@
 #include "constants.h"
 #include "lang.h"
 #include "messages.h"
+#include "scratch.h"
 #include "textvector.h"
 
 namespace {
@@ -22,24 +20,18 @@ typedef std::map<std::string, unsigned> MarkerCounts;
 
 // Upper-cased key to marker count, for every key the program can ask for.
 MarkerCounts expectedKeys() {
-  MarkerCounts keys;
-  for (int i = 0; errorKey(ErrorType(i)); ++i) {
-    keys[Lang::toUpper(errorKey(ErrorType(i)))] = errorArgCount(ErrorType(i));
-  }
-  for (int i = 0; warningKey(WarningType(i)); ++i)
-    keys[Lang::toUpper(warningKey(WarningType(i)))] = 1;
-  for (int i = 0; messageKey(MessageType(i)); ++i) {
-    keys[Lang::toUpper(messageKey(MessageType(i)))] = messageArgCount(MessageType(i));
-  }
-  for (int i = 0; helpKey(HelpType(i)); ++i) keys[Lang::toUpper(helpKey(HelpType(i)))] = 1;
-  keys["DIALOG_COMPRESSED_AND_UNCOMPRESSED"] = 2;
-  keys["DIALOG_INSTALLING_PACKAGE"] = 1;
-  keys["DIALOG_INSTALL_PACKAGE"] = 1;
-  keys["DIALOG_DO_NOT_INSTALL"] = 1;
-  keys["DIALOG_ABORT"] = 0;
-  keys["YES"] = 0;
-  keys["NO"] = 0;
-  keys["QUIT"] = 0;
+  MarkerCounts keys = {{"DIALOG_COMPRESSED_AND_UNCOMPRESSED", 2}};
+  auto add = [&keys](const char* key, unsigned markers) { keys[Lang::toUpper(key)] = markers; };
+  for (const char* key :
+       {"DIALOG_INSTALLING_PACKAGE", "DIALOG_INSTALL_PACKAGE", "DIALOG_DO_NOT_INSTALL"})
+    add(key, 1);
+  for (const char* key : {"DIALOG_ABORT", "YES", "NO", "QUIT"}) add(key, 0);
+  for (int i = 0; errorKey(ErrorType(i)); ++i)
+    add(errorKey(ErrorType(i)), errorArgCount(ErrorType(i)));
+  for (int i = 0; warningKey(WarningType(i)); ++i) add(warningKey(WarningType(i)), 1);
+  for (int i = 0; messageKey(MessageType(i)); ++i)
+    add(messageKey(MessageType(i)), messageArgCount(MessageType(i)));
+  for (int i = 0; helpKey(HelpType(i)); ++i) add(helpKey(HelpType(i)), 1);
   return keys;
 }
 
@@ -50,8 +42,7 @@ MarkerCounts entriesOf(const std::string& path) {
   TextFile lines;
   EXPECT_TRUE(lines.load(path.c_str())) << path;
   MarkerCounts entries;
-  std::string key;
-  std::string value;
+  std::string key, value;
   for (unsigned i = 0; i < lines.size(); ++i) {
     const char* line = lines[i];
     const char* equals = strchr(line, '=');
@@ -87,51 +78,31 @@ std::vector<std::string> problemsOf(const std::string& path) {
   return problems;
 }
 
-std::vector<std::string> shippedLanguageFiles() {
-  std::vector<std::string> paths;
-  DIR* dir = opendir(ZET_LANG_SOURCE_DIR);
-  if (!dir) return paths;
-  while (const dirent* entry = readdir(dir)) {
-    const std::string name = entry->d_name;
-    const std::string extension = zet::LANG_EXTENSION;
-    if (name.size() > extension.size() &&
-        name.compare(name.size() - extension.size(), extension.size(), extension) == 0) {
-      paths.push_back(std::string(ZET_LANG_SOURCE_DIR) + "/" + name);
-    }
-  }
-  closedir(dir);
-  return paths;
-}
-
 TEST(LangFileTest, EveryShippedLanguageHasExactlyTheKeysAndMarkersNeeded) {
-  const std::vector<std::string> paths = shippedLanguageFiles();
+  const std::string extension = zet::LANG_EXTENSION;
   bool english = false;
-  for (const std::string& path : paths) {
-    english = english || path == std::string(ZET_LANG_SOURCE_DIR) + "/C.lang";
-    EXPECT_EQ(problemsOf(path), std::vector<std::string>()) << path;
+  for (const std::string& name : directoryOrder(ZET_LANG_SOURCE_DIR)) {
+    if (name.size() <= extension.size() ||
+        name.compare(name.size() - extension.size(), extension.size(), extension) != 0) {
+      continue;
+    }
+    english = english || name == "C" + extension;
+    EXPECT_EQ(problemsOf(ZET_LANG_SOURCE_DIR "/" + name), std::vector<std::string>()) << name;
   }
   EXPECT_TRUE(english) << "no C.lang in " << ZET_LANG_SOURCE_DIR;
 }
 
 TEST(LangFileTest, TheCheckFindsEachKindOfFault) {
-  char pattern[] = "/tmp/zet-langfile-XXXXXX";
-  ASSERT_NE(mkdtemp(pattern), nullptr);
-  const std::string path = std::string(pattern) + "/broken.lang";
-  {
-    std::ifstream english(std::string(ZET_LANG_SOURCE_DIR) + "/C.lang");
-    std::ofstream broken(path);
-    std::string line;
-    while (std::getline(english, line)) {
-      if (line.rfind("yes=", 0) == 0 || line.rfind("quit=", 0) == 0) continue;
-      if (line.rfind("no=", 0) == 0) line = "no=No [ARG]";
-      broken << line << "\n";
-    }
-    broken << "\nBogusKey=x\nQuit=Quit\\\n";
+  ScratchFolder scratch;
+  std::ifstream english(ZET_LANG_SOURCE_DIR "/C.lang");
+  std::string broken, line;
+  while (std::getline(english, line)) {
+    if (line.rfind("yes=", 0) == 0 || line.rfind("quit=", 0) == 0) continue;
+    broken += (line.rfind("no=", 0) == 0 ? "no=No [ARG]" : line) + "\n";
   }
-  EXPECT_EQ(problemsOf(path), (std::vector<std::string>{"markers NO", "missing QUIT", "missing YES",
-                                                        "unknown ''", "unknown 'BOGUSKEY'"}));
-  unlink(path.c_str());
-  rmdir(pattern);
+  EXPECT_EQ(problemsOf(scratch.write("broken.lang", broken + "\nBogusKey=x\nQuit=Quit\\\n")),
+            (std::vector<std::string>{"markers NO", "missing QUIT", "missing YES", "unknown ''",
+                                      "unknown 'BOGUSKEY'"}));
 }
 
 }  // namespace

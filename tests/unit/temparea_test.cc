@@ -11,38 +11,27 @@
 namespace {
 
 TEST(TempAreaTest, TheFirstNumberFromAClockOfOne) {
-  const uint32_t next = TempArea::nextSeed(1);
-  EXPECT_EQ(next, 16807u);
-  EXPECT_EQ(TempArea::mix(next), 1400897601u);
-  EXPECT_EQ(TempArea::mix(next) % (999999 + 1), 897601u);
+  EXPECT_EQ(TempArea::nextSeed(1), 16807u);
+  EXPECT_EQ(TempArea::mix(16807), 1400897601u);
+  EXPECT_EQ(TempArea::mix(16807) % (999999 + 1), 897601u);
 }
 
-TEST(TempAreaTest, NextSeedWrapsAndNeverGivesZero) {
+TEST(TempAreaTest, NextSeedWrapsAndNeverGivesZeroAndMixRotatesOverThirtyOneBits) {
   const struct {
-    uint32_t seed;
-    uint32_t next;
-  } rows[] = {
-      {0, 2147483647u},            // a zero result is replaced
-      {2147483646u, 4294950489u},  // below zero wraps, with nothing added back
-      {127773, 4294964460u},       // only the subtracted part remains, wrapped
-      {16807, 282475249u},
-  };
-  for (const auto& row : rows) EXPECT_EQ(TempArea::nextSeed(row.seed), row.next) << row.seed;
-}
-
-TEST(TempAreaTest, MixRotatesOverThirtyOneBits) {
+    uint32_t seed, next;
+  } seeds[] = {{0, 2147483647u},            // a zero result is replaced
+               {2147483646u, 4294950489u},  // below zero wraps, with nothing added back
+               {127773, 4294964460u},       // only the subtracted part remains, wrapped
+               {16807, 282475249u}};
+  for (const auto& row : seeds) EXPECT_EQ(TempArea::nextSeed(row.seed), row.next) << row.seed;
   const struct {
-    uint32_t seed;
-    uint32_t mixed;
-  } rows[] = {
-      {0x00000100u, 0x00000001u}, {0x000000ffu, 0x7f800000u}, {0x80000000u, 0x00800000u},
-      {0x00000001u, 0x00800000u},  // bit 0 and bit 31 land on the same bit
-      {0xffffffffu, 0x7fffffffu},
-  };
-  for (const auto& row : rows) EXPECT_EQ(TempArea::mix(row.seed), row.mixed) << row.seed;
-}
-
-TEST(TempAreaTest, RandomStaysWithinItsLimit) {
+    uint32_t seed, mixed;
+  } mixes[] = {{0x00000100u, 0x00000001u},
+               {0x000000ffu, 0x7f800000u},
+               {0x80000000u, 0x00800000u},
+               {0x00000001u, 0x00800000u},  // bit 0 and bit 31 land on the same bit
+               {0xffffffffu, 0x7fffffffu}};
+  for (const auto& row : mixes) EXPECT_EQ(TempArea::mix(row.seed), row.mixed) << row.seed;
   EXPECT_EQ(TempArea::random(0), 0u);
   EXPECT_LE(TempArea::random(9), 9u);
 }
@@ -58,15 +47,12 @@ TEST(TempAreaTest, CreateNamesADirectoryAndContinuesTheSequence) {
   EXPECT_NE(area.getPath().substr(8), first.substr(9));
 }
 
-void exitWithPathBeforeCreate() {
-  exit(TempArea::instance().getPath() == "/tmp" ? 0 : 1);
-}
-
 // Runs in a fresh process, where nothing has named the area yet.
 TEST(TempAreaDeathTest, PathBeforeCreateIsTheBase) {
   const std::string oldStyle = GTEST_FLAG_GET(death_test_style);
   GTEST_FLAG_SET(death_test_style, "threadsafe");
-  EXPECT_EXIT(exitWithPathBeforeCreate(), ::testing::ExitedWithCode(0), "");
+  EXPECT_EXIT(exit(TempArea::instance().getPath() == "/tmp" ? 0 : 1), ::testing::ExitedWithCode(0),
+              "");
   GTEST_FLAG_SET(death_test_style, oldStyle);
 }
 
