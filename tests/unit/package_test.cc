@@ -11,64 +11,45 @@
 
 namespace {
 
-using Lines = std::vector<std::string>;
-
-TextVector vectorOf(const Lines& lines) {
-  TextVector vector;
-  for (const std::string& line : lines) vector.push_back(line.c_str());
-  return vector;
+template <typename Action>
+std::string traceOf(Action action) {
+  DebugLog::instance().enabled = true;
+  testing::internal::CaptureStdout();
+  action();
+  DebugLog::instance().enabled = false;
+  return testing::internal::GetCapturedStdout();
 }
 
 TEST(PackageNameTest, SplitsBaseNamesIntoTheirParts) {
-  struct Row {
-    const char* text;
-    bool parsed;
-    const char* name;
-    const char* version;
-    const char* architecture;
-    const char* build;
+  const std::pair<const char*, const char*> rows[] = {
+      // name/version/architecture/build; "///" when the text does not parse
+      {"foo-1.2-i486-1", "foo/1.2/i486/1"},
+      {"foo-bar-1.2-i486-1", "foo-bar/1.2/i486/1"},
+      {"foo-bar-2-i486-1", "foo-bar/2/i486/1"},
+      {"foo-2-bar-i486-1", "foo-2/bar/i486/1"},
+      {"foo-1.2-rc1-i486-1", "foo/1.2rc1/i486/1"},
+      {"foo-1.2-pre-3-i486-1", "foo/1.2-pre3/i486/1"},
+      {"foo--1.2-i486-1", "foo/1.2/i486/1"},
+      {"foo-1.2-i486", "///"},
+      {"-foo-1.2-i486-1", "foo/1.2/i486/1"},
+      {"foo-bar-baz-1.2-i486-1", "foo-bar-baz/1.2/i486/1"},
+      {"", "///"},
   };
-  const Row rows[] = {
-      {"foo-1.2-i486-1", true, "foo", "1.2", "i486", "1"},
-      {"foo-bar-1.2-i486-1", true, "foo-bar", "1.2", "i486", "1"},
-      {"foo-bar-2-i486-1", true, "foo-bar", "2", "i486", "1"},
-      {"foo-2-bar-i486-1", true, "foo-2", "bar", "i486", "1"},
-      {"foo-1.2-rc1-i486-1", true, "foo", "1.2rc1", "i486", "1"},
-      {"foo-1.2-pre-3-i486-1", true, "foo", "1.2-pre3", "i486", "1"},
-      {"foo--1.2-i486-1", true, "foo", "1.2", "i486", "1"},
-      {"foo-1.2-i486", false, "", "", "", ""},
-      {"-foo-1.2-i486-1", true, "foo", "1.2", "i486", "1"},
-      {"foo-bar-baz-1.2-i486-1", true, "foo-bar-baz", "1.2", "i486", "1"},
-      {"", false, "", "", "", ""},
-  };
-  for (const Row& row : rows) {
-    SCOPED_TRACE(row.text);
+  for (const auto& [text, parts] : rows) {
+    SCOPED_TRACE(text);
     PackageName parsed;
     parsed.name = "stale";
-    EXPECT_EQ(parsed.parse(row.text), row.parsed);
-    EXPECT_EQ(parsed.name, row.name);
-    EXPECT_EQ(parsed.version, row.version);
-    EXPECT_EQ(parsed.architecture, row.architecture);
-    EXPECT_EQ(parsed.build, row.build);
-    EXPECT_EQ(Package::shortNameOf(row.text), row.name);
+    EXPECT_EQ(parsed.parse(text), std::string(parts) != "///");
+    EXPECT_EQ(parsed.name + "/" + parsed.version + "/" + parsed.architecture + "/" + parsed.build,
+              parts);
+    EXPECT_EQ(Package::shortNameOf(text), parsed.name);
   }
-}
-
-TEST(PackageNameTest, AVersionIsADigitFollowedSomewhereByADot) {
-  const std::pair<const char*, bool> rows[] = {
+  const std::pair<const char*, bool> versions[] = {
       {"1.2", true}, {"2.", true},    {"10.0.1", true}, {"2", false},
       {"1", false},  {"v1.2", false}, {".1", false},    {"", false},
   };
-  for (const auto& row : rows)
-    EXPECT_EQ(PackageName::isVersion(row.first), row.second) << row.first;
-}
-
-TEST(PackageTextTest, StripBlanksJoinsAndDropEmptyLinesRemoves) {
-  TextVector lines = vectorOf({" foo ", "\t", "bar baz", "", " q\tux\t"});
-  Package::stripBlanks(lines);
-  EXPECT_EQ(linesOf(lines), (Lines{"foo", "", "barbaz", "", "qux"}));
-  Package::dropEmptyLines(lines);
-  EXPECT_EQ(linesOf(lines), (Lines{"foo", "barbaz", "qux"}));
+  for (const auto& [token, isVersion] : versions)
+    EXPECT_EQ(PackageName::isVersion(token), isVersion) << token;
 }
 
 TEST(PackageTextTest, FilterDescriptionKeepsTheLinesOfTheName) {
@@ -78,56 +59,25 @@ TEST(PackageTextTest, FilterDescriptionKeepsTheLinesOfTheName) {
   EXPECT_EQ(linesOf(Package::filterDescription(lines, "")), (Lines{": empty"}));
 }
 
-TEST(PackageTextTest, DescriptionLinesCopyTheLanguageAndCanCutTheName) {
+TEST(PackageTextTest, CuttingTheNameEmptiesShortLinesAndFallsBackToNothing) {
   ScopedVariable lang("LANG", "pl");
   Package package;
   package.name = "foo";
   package.descriptions["pl"] = vectorOf({"foo: jeden", "foo:", "fo"});
-  EXPECT_EQ(linesOf(package.descriptionLines(false)), (Lines{"foo: jeden", "foo:", "fo"}));
   EXPECT_EQ(linesOf(package.descriptionLines(true)), (Lines{" jeden", "", ""}));
-
   package.language = "de";
   package.descriptions["C"] = vectorOf({"foo: one"});
   EXPECT_EQ(package.descriptionLines(true).size(), 0u);
   EXPECT_EQ(package.descriptions.count("de"), 0u);
 }
 
-TEST(PackageResetTest, ResetEmptiesAllButWarnOnlyAndLastError) {
-  ScopedVariable lang("LANG", "pl");
-  Package package;
-  EXPECT_FALSE(package.warnOnly);
-  EXPECT_EQ(package.language, "pl");
-  package.warnOnly = true;
-  package.lastError = LoadNoFile;
-  package.name = package.fullName = package.location = "x";
-  package.files.push_back("x");
-  package.descriptions["C"].push_back("x");
-  package.deps.push_back("x");
-  package.buildInfo.push_back("x");
-  package.doinstScript.push_back("x");
-  package.compressedSizeK = package.uncompressedSizeK = 3;
-  package.fromFile = package.fromDatabase = true;
-  ScopedVariable empty("LANG", "");
-  package.reset();
-  EXPECT_TRUE(package.warnOnly);
-  EXPECT_EQ(package.lastError, LoadNoFile);
-  EXPECT_EQ(package.language, "");
-  EXPECT_EQ(package.name + package.fullName + package.location, "");
-  EXPECT_EQ(package.files.size() + package.deps.size() + package.buildInfo.size(), 0u);
-  EXPECT_TRUE(package.descriptions.empty());
-  EXPECT_FALSE(package.doinstScript.hasLines());
-  EXPECT_EQ(package.compressedSizeK + package.uncompressedSizeK, 0u);
-  EXPECT_FALSE(package.fromFile || package.fromDatabase);
-}
-
 TEST(PackageResetDeathTest, AnUnsetLangEndsTheProgram) {
   ScopedVariable lang("LANG", nullptr);
-  // Nothing catches the error in the program either, so it ends the run.
   EXPECT_DEATH([]() noexcept { Package package; }(), "");
 }
 
-// Packages built by the fixture builder, loaded with the real archive tools, and a language
-// file whose sentences name their key, so that printed errors can be checked.
+// Packages built by the fixture builder and loaded with the real archive tools; the language
+// file's sentence names its key, so that the printed error can be checked.
 class PackageFileTest : public ::testing::Test {
  protected:
   void SetUp() override {
@@ -146,16 +96,24 @@ class PackageFileTest : public ::testing::Test {
   Package package;
 };
 
-TEST_F(PackageFileTest, LoadsEverythingAndLeavesOnlyTheSizeInfoBehind) {
+TEST_F(PackageFileTest, LoadsEverythingTracesTheToolsAndLeavesOnlyTheSizeInfoBehind) {
+  std::mt19937 random(7);
+  std::string noise;  // compresses to more than 1 K, so that rounding up shows
+  for (int i = 0; i < 6000; ++i) noise += "0123456789abcdef"[random() % 16];
   const std::string path = build(
       "foo-bar-1.2-i486-1.tgz",
       {"install/", "usr/", "install/preinst.sh=echo pre\\n", "install/doinst.sh=ln -s a b\\n",
        "install/postinst.sh=echo post\\n", "install/slack-desc=# about\\n |--|\\nfoo-bar: tool\\n",
        "install/deps= foo \\n\\t\\nbar baz\\n\\n q\\tux\\t\\n",
-       "install/build= 2024 01 \\n\\n\\tx\\n", "usr/bin/", "usr/bin/foo=x", "install/extra=y"});
-  ASSERT_TRUE(load(path));
-  EXPECT_TRUE(package.fromFile);
-  EXPECT_FALSE(package.fromDatabase);
+       "install/build= 2024 01 \\n\\n\\tx\\n", "usr/bin/", "usr/bin/foo=" + noise,
+       "install/extra=y"});
+  bool loaded = false;
+  EXPECT_EQ(traceOf([&] { loaded = load(path); }),
+            "loading from file\nexe: /lib/zetutils/tar xzf " + path + " -C " + scratch.temp() +
+                " install\nexe: /lib/zetutils/gzip -l " + path + " 1>" + scratch.temp() +
+                "/size-info");
+  ASSERT_TRUE(loaded);
+  EXPECT_TRUE(package.fromFile && !package.fromDatabase);
   EXPECT_EQ(package.location, path);
   EXPECT_EQ(package.fullName, "foo-bar-1.2-i486-1");
   EXPECT_EQ(package.name, "foo-bar");
@@ -167,50 +125,52 @@ TEST_F(PackageFileTest, LoadsEverythingAndLeavesOnlyTheSizeInfoBehind) {
   EXPECT_EQ(linesOf(package.buildInfo), (Lines{"202401", "", "x"}));
   EXPECT_EQ(package.language, "C");
   EXPECT_EQ(linesOf(package.descriptions.at("C")), Lines{"foo-bar: tool"});
+  struct stat status;
+  ASSERT_EQ(stat(path.c_str(), &status), 0);
+  EXPECT_GE(package.compressedSizeK, 2u);
+  EXPECT_EQ(package.compressedSizeK, static_cast<uint32_t>((status.st_size + 1023) / 1024));
   EXPECT_EQ(package.uncompressedSizeK, 20u);  // two tar records of 10240 bytes
   EXPECT_FALSE(exists(scratch.temp() + "/install"));
   EXPECT_FALSE(exists(scratch.temp() + "/filelist"));
   EXPECT_TRUE(exists(scratch.temp() + "/size-info"));
 }
 
-TEST_F(PackageFileTest, TheDescriptionLanguageFallsBackToTheDefaultOnlyWhenThereIsOne) {
+TEST_F(PackageFileTest, DescriptionsComeFromExactFileNamesAndFallBackOnlyToADefault) {
+  const std::string both =
+      build("both/foo-1.2-i486-1.tgz",
+            {"install/", "install/slack-desc=foo: one",
+             "install/slack-desc.pl=foo: a\\nfoo-bar: b\\nfoo: c", "install/slack-desc.=foo: dot",
+             "install/slack-descr=foo: r",
+             "install/slack-desc.fr=foo-1.2-i486-1: full name\\nfoo-bar: other",
+             "install/other.pl=foo: x"});
+  const std::string polish =
+      build("pl/foo-1.2-i486-1.tgz", {"install/", "install/slack-desc.pl=foo: a"});
+  const std::string none = build("none/foo-1.2-i486-1.tgz", {"install/"});
   struct Row {
+    const std::string& path;
     const char* lang;
-    Lines members;
     const char* language;
     Lines shown;
+    const char* lineCounts;
   };
   const Row rows[] = {
-      {"pl",
-       {"install/", "install/slack-desc=foo: one", "install/slack-desc.pl=foo: jeden"},
-       "pl",
-       {" jeden"}},
-      {"de",
-       {"install/", "install/slack-desc=foo: one", "install/slack-desc.pl=foo: jeden"},
-       "C",
-       {" one"}},
-      {"de", {"install/", "install/slack-desc.pl=foo: jeden"}, "de", {}},
-      {"", {"install/", "install/slack-desc=foo: one"}, "C", {" one"}},
-      {"pl", {"install/"}, "pl", {}},
+      {both, "pl", "pl", {" a", " c"}, "C:1 fr:0 pl:2 "},
+      {both, "de", "C", {" one"}, "C:1 fr:0 pl:2 "},
+      {both, "", "C", {" one"}, "C:1 fr:0 pl:2 "},
+      {polish, "de", "de", {}, "pl:1 "},
+      {none, "pl", "pl", {}, ""},
   };
   for (const Row& row : rows) {
-    SCOPED_TRACE(std::string("LANG=") + row.lang);
+    SCOPED_TRACE(row.path + " LANG=" + row.lang);
     ScopedVariable lang("LANG", row.lang);
-    ASSERT_TRUE(load(build("foo-1.2-i486-1.tgz", row.members)));
+    ASSERT_TRUE(load(row.path));
     EXPECT_EQ(package.language, row.language);
     EXPECT_EQ(linesOf(package.descriptionLines(true)), row.shown);
+    std::string counts;
+    for (const auto& [code, lines] : package.descriptions)
+      counts += code + ":" + std::to_string(lines.size()) + " ";
+    EXPECT_EQ(counts, row.lineCounts);
   }
-}
-
-TEST_F(PackageFileTest, OnlyExactDescriptionFileNamesAndLinesOfTheShortNameCount) {
-  ASSERT_TRUE(load(
-      build("foo-1.2-i486-1.tgz",
-            {"install/", "install/slack-desc.=foo: dot", "install/slack-descr=foo: r",
-             "install/slack-desc.de=foo-1.2-i486-1: full name\\nfoo-bar: other",
-             "install/slack-desc.pl=foo: a\\nfoo-bar: b\\nfoo: c", "install/other.pl=foo: x"})));
-  EXPECT_EQ(package.descriptions.size(), 2u);
-  EXPECT_EQ(package.descriptions.at("de").size(), 0u);
-  EXPECT_EQ(linesOf(package.descriptions.at("pl")), (Lines{"foo: a", "foo: c"}));
 }
 
 TEST_F(PackageFileTest, ANameOfOnePartLoadsWithAnEmptyShortName) {
@@ -220,50 +180,33 @@ TEST_F(PackageFileTest, ANameOfOnePartLoadsWithAnEmptyShortName) {
   EXPECT_EQ(linesOf(package.descriptions.at("C")), Lines{": kept"});
 }
 
-TEST_F(PackageFileTest, SizesAreRoundedUpToWholeKilobytes) {
-  std::mt19937 random(7);
-  std::string noise;
-  for (int i = 0; i < 6000; ++i) noise += "0123456789abcdef"[random() % 16];
-  const std::string path = build("big-1-i486-1.tgz", {"install/", "data=" + noise});
-  struct stat status;
-  ASSERT_EQ(stat(path.c_str(), &status), 0);
-  ASSERT_TRUE(load(path));
-  EXPECT_EQ(package.compressedSizeK, static_cast<uint32_t>((status.st_size + 1023) / 1024));
-  EXPECT_GE(package.compressedSizeK, 2u);
-  EXPECT_EQ(package.uncompressedSizeK, 10u);
-}
-
 TEST_F(PackageFileTest, ExistenceIsTestedBeforeTheName) {
   const std::string missing = scratch.path() + "/foo.txt";
   EXPECT_FALSE(load(missing));
   EXPECT_EQ(package.lastError, LoadNoFile);
   EXPECT_EQ(package.location, missing);
   EXPECT_EQ(package.fullName, "foo");
-
   for (const char* name : {"foo.txt", "foo-1-i486-1.TGZ", "foo.tgz.bak"}) {
     EXPECT_FALSE(load(scratch.write(name, "x"))) << name;
     EXPECT_EQ(package.lastError, LoadBadName) << name;
   }
   // ".tgz" alone is too short; it exists here, relative to the current directory.
   scratch.write(".tgz", "x");
-  char current[4096];
-  ASSERT_NE(getcwd(current, sizeof current), nullptr);
-  ASSERT_EQ(chdir(scratch.path().c_str()), 0);
-  const bool loaded = load(".tgz");
-  ASSERT_EQ(chdir(current), 0);
-  EXPECT_FALSE(loaded);
+  const std::filesystem::path current = std::filesystem::current_path();
+  std::filesystem::current_path(scratch.path());
+  EXPECT_FALSE(load(".tgz"));
+  std::filesystem::current_path(current);
   EXPECT_EQ(package.lastError, LoadBadName);
 }
 
-TEST_F(PackageFileTest, UnlistableFilesFailTheListing) {
+TEST_F(PackageFileTest, UnlistableAndIncompletePackagesFail) {
   EXPECT_FALSE(load(scratch.write("bad-1-i486-1.tgz", "not an archive\n")));
   EXPECT_EQ(package.lastError, LoadListFailed);
   // Nothing is quoted, so the tools see the path in two pieces.
   EXPECT_FALSE(load(scratch.makePackage("my packages/foo-1-i486-1.tgz", {"install/"})));
   EXPECT_EQ(package.lastError, LoadListFailed);
-}
 
-TEST_F(PackageFileTest, APackageWithoutTheExactInstallLineIsIncomplete) {
+  // Only the exact line "install/" makes a package complete.
   for (const Lines& members : {Lines{"usr/", "usr/f=x"}, Lines{"./install/", "./install/deps=a"}}) {
     const std::string path = build("foo-1-i486-1.tgz", members);
     testing::internal::CaptureStderr();
@@ -276,7 +219,7 @@ TEST_F(PackageFileTest, APackageWithoutTheExactInstallLineIsIncomplete) {
 
 TEST_F(PackageFileTest, AFailedExtractionStopsTheLoad) {
   // A non-empty directory in the way of install/deps makes the tool fail.
-  scratch.makeDirs(scratch.temp().substr(scratch.path().size() + 1) + "/install/deps/in/the/way");
+  std::filesystem::create_directories(scratch.temp() + "/install/deps/in/the/way");
   EXPECT_FALSE(load(build("foo-1-i486-1.tgz", {"install/", "install/deps=a", "usr/"})));
   EXPECT_EQ(package.lastError, LoadExtractFailed);
   EXPECT_EQ(linesOf(package.files), Lines{"usr/"});
@@ -284,7 +227,7 @@ TEST_F(PackageFileTest, AFailedExtractionStopsTheLoad) {
 
 TEST_F(PackageFileTest, UnusableSizeInfoFailsAfterTheInstallCopyIsGone) {
   // gzip's output cannot be redirected into a directory.
-  scratch.makeDirs(scratch.temp().substr(scratch.path().size() + 1) + "/size-info");
+  std::filesystem::create_directories(scratch.temp() + "/size-info");
   EXPECT_FALSE(load(build("foo-1-i486-1.tgz", {"install/", "install/deps=a"})));
   EXPECT_EQ(package.lastError, LoadSizeInfoBad);
   EXPECT_EQ(linesOf(package.deps), Lines{"a"});
@@ -292,43 +235,22 @@ TEST_F(PackageFileTest, UnusableSizeInfoFailsAfterTheInstallCopyIsGone) {
   EXPECT_FALSE(package.fromFile);
 }
 
-TEST_F(PackageFileTest, TracesTheCommandsWhileTheDebugLogIsOn) {
-  const std::string path = build("foo-1-i486-1.tgz", {"install/"});
-  DebugLog::instance().enabled = true;
-  testing::internal::CaptureStdout();
-  const bool loaded = load(path);
-  const std::string trace = testing::internal::GetCapturedStdout();
-  DebugLog::instance().enabled = false;
-  ASSERT_TRUE(loaded);
-  EXPECT_EQ(trace, "loading from file\nexe: /lib/zetutils/tar xzf " + path + " -C " +
-                       scratch.temp() + " install\nexe: /lib/zetutils/gzip -l " + path + " 1>" +
-                       scratch.temp() + "/size-info");
-}
-
 // An installed set under the scratch root, written the way install leaves it.
 class PackageDatabaseTest : public ::testing::Test {
  protected:
   void SetUp() override {
-    scratch.makeDirs("var/log/packages");
     record("foo-1.2-i486-1",
-           "PACKAGE NAME:     foo-1.2-i486-1\n"
-           "COMPRESSED PACKAGE SIZE:     3 K\n"
-           "UNCOMPRESSED PACKAGE SIZE:     20 K\n"
-           "PACKAGE LOCATION:     foo-1.2-i486-1.tgz\n"
-           "PACKAGE DESCRIPTION:\n"
-           "foo: one\n"
-           "LANGUAGE:     pl\n"
-           "foo: jeden\n"
-           "FILE LIST:\n"
-           "usr/\n"
-           "usr/bin/foo\n");
+           "PACKAGE NAME:     foo-1.2-i486-1\nCOMPRESSED PACKAGE SIZE:     3 K\n"
+           "UNCOMPRESSED PACKAGE SIZE:     20 K\nPACKAGE LOCATION:     foo-1.2-i486-1.tgz\n"
+           "PACKAGE DESCRIPTION:\nfoo: one\nLANGUAGE:     pl\nfoo: jeden\n"
+           "FILE LIST:\nusr/\nusr/bin/foo\n");
     scratch.write("var/log/deps/foo-1.2-i486-1", " a \n\nb\tc\n");
     scratch.write("var/log/build/foo-1.2-i486-1", "2024 01\n");
     scratch.write("var/log/scripts/foo-1.2-i486-1", "ln -s a b\n");
     scratch.write("var/log/postinst/foo-1.2-i486-1", "echo post\n");
-    record("foo-bar-baz-1.2-i486-1", "PACKAGE NAME:     foo-bar-baz-1.2-i486-1\n");
-    record("three-1.0-i486", "PACKAGE NAME:     three-1.0-i486\n");
-    record("rc-1.2-rc1-i486-1", "PACKAGE NAME:     rc-1.2-rc1-i486-1\n");
+    for (const char* name : {"foo-bar-baz-1.2-i486-1", "three-1.0-i486", "rc-1.2-rc1-i486-1",
+                             "two-1.0-i486-1", "two-2.0-i486-1"})
+      record(name, std::string("PACKAGE NAME:     ") + name + "\n");
     // The name inside the record wins over the name of the file.
     record("renamed-1-i486-1", "PACKAGE NAME:     other-2-i486-1\n");
     scratch.write("var/log/build/other-2-i486-1", "7\n");
@@ -347,7 +269,8 @@ class PackageDatabaseTest : public ::testing::Test {
 TEST_F(PackageDatabaseTest, FindsPackagesByEveryFormOfName) {
   struct Row {
     const char* argument;
-    const char* fullName;  // empty: not installed
+    const char* fullName;  // empty: not found
+    int error = LoadNotInstalled;
   };
   const Row rows[] = {
       {"foo", "foo-1.2-i486-1"},
@@ -365,21 +288,26 @@ TEST_F(PackageDatabaseTest, FindsPackagesByEveryFormOfName) {
       {"fo", ""},
       {".tgz", ""},
       {"", ""},
+      {"broken", "", LoadRecordUnreadable},
   };
   for (const Row& row : rows) {
     SCOPED_TRACE(row.argument);
     const bool found = *row.fullName != '\0';
     EXPECT_EQ(package.loadFromDatabase(row.argument), found);
     EXPECT_EQ(package.fromDatabase, found);
-    if (found) {
-      EXPECT_EQ(package.fullName, row.fullName);
-    } else {
-      EXPECT_EQ(package.lastError, LoadNotInstalled);
-    }
+    EXPECT_EQ(found ? package.fullName : std::to_string(package.lastError),
+              found ? row.fullName : std::to_string(row.error));
   }
+  std::string first;  // of the "two" packages, in directory order
+  for (const std::string& entry : directoryOrder(scratch.path() + "/var/log/packages"))
+    if (first.empty() && entry.compare(0, 4, "two-") == 0) first = entry;
+  ASSERT_TRUE(package.loadFromDatabase("two-2.0-i486-1.tgz"));
+  EXPECT_EQ(package.fullName, first);
 }
 
-TEST_F(PackageDatabaseTest, FillsThePackageFromTheRecordAndTheOtherFiles) {
+TEST_F(PackageDatabaseTest, FillsThePackageFromTheRecordAndTheOtherFilesAndResetEmptiesIt) {
+  EXPECT_FALSE(package.warnOnly);
+  EXPECT_EQ(package.language, "de");
   ASSERT_TRUE(package.loadFromDatabase("foo"));
   EXPECT_FALSE(package.fromFile);
   EXPECT_EQ(package.name, "foo");
@@ -397,36 +325,33 @@ TEST_F(PackageDatabaseTest, FillsThePackageFromTheRecordAndTheOtherFiles) {
   EXPECT_EQ(linesOf(package.postinstScript), Lines{"echo post"});
   EXPECT_FALSE(package.preinstScript.hasLines());
 
+  package.warnOnly = package.fromFile = true;
+  package.lastError = LoadNoFile;
+  package.preinstScript.push_back("x");
+  ScopedVariable empty("LANG", "");
+  package.reset();
+  EXPECT_TRUE(package.warnOnly);
+  EXPECT_EQ(package.lastError, LoadNoFile);
+  EXPECT_EQ(package.language + package.name + package.fullName + package.location, "");
+  EXPECT_EQ(package.files.size() + package.deps.size() + package.buildInfo.size() +
+                package.preinstScript.size() + package.doinstScript.size() +
+                package.postinstScript.size() + package.descriptions.size(),
+            0u);
+  EXPECT_EQ(package.compressedSizeK + package.uncompressedSizeK, 0u);
+  EXPECT_FALSE(package.fromFile || package.fromDatabase);
+
   ASSERT_TRUE(package.loadFromDatabase("renamed"));
   EXPECT_EQ(package.name, "other");
   EXPECT_EQ(linesOf(package.buildInfo), Lines{"7"});
   EXPECT_EQ(package.deps.size(), 0u);
 }
 
-TEST_F(PackageDatabaseTest, AnUnreadableRecordIsReported) {
-  EXPECT_FALSE(package.loadFromDatabase("broken"));
-  EXPECT_EQ(package.lastError, LoadRecordUnreadable);
-}
-
-TEST_F(PackageDatabaseTest, TheFirstEntryInDirectoryOrderWins) {
-  record("two-1.0-i486-1", "PACKAGE NAME:     two-1.0-i486-1\n");
-  record("two-2.0-i486-1", "PACKAGE NAME:     two-2.0-i486-1\n");
-  std::string first;
-  for (const std::string& entry : directoryOrder(scratch.path() + "/var/log/packages")) {
-    if (first.empty() && entry.compare(0, 4, "two-") == 0) first = entry;
-  }
-  ASSERT_TRUE(package.loadFromDatabase("two-2.0-i486-1.tgz"));
-  EXPECT_EQ(package.fullName, first);
-}
-
-TEST_F(PackageDatabaseTest, TracesTheLookUpNameOfLongNames) {
-  DebugLog::instance().enabled = true;
-  testing::internal::CaptureStdout();
-  package.loadFromDatabase("/mnt/foo-bar-baz-1.2-i486-1.tgz");
-  package.loadFromDatabase("foo");
-  const std::string trace = testing::internal::GetCapturedStdout();
-  DebugLog::instance().enabled = false;
-  EXPECT_EQ(trace, "loading package: foo-bar-baz\n");
+TEST_F(PackageDatabaseTest, TracesTheLookUpNameOfLongNamesOnly) {
+  EXPECT_EQ(traceOf([&] {
+              package.loadFromDatabase("/mnt/foo-bar-baz-1.2-i486-1.tgz");
+              package.loadFromDatabase("foo");
+            }),
+            "loading package: foo-bar-baz\n");
 }
 
 }  // namespace

@@ -1,18 +1,15 @@
-// Test helpers for units that touch the disk. ScratchFolder is a fresh folder under /tmp for
-// one test: FileSystem's root points at it and the run's temporary area is made inside it,
-// the way main makes it; the object puts the root back and removes the whole folder.
+// Test helpers for units that touch the disk.
 #ifndef ZET_TESTS_SCRATCH_H
 #define ZET_TESTS_SCRATCH_H
 
 #include <dirent.h>
-#include <ftw.h>
 #include <gtest/gtest.h>
-#include <stdio.h>
 #include <stdlib.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
+#include <filesystem>
 #include <fstream>
+#include <optional>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -21,7 +18,10 @@
 #include "filesystem.h"
 #include "temparea.h"
 
-// A scratch folder that is also the installation root and holds the temporary area.
+using Lines = std::vector<std::string>;
+
+// A fresh folder under /tmp that is the installation root for one test and holds the run's
+// temporary area, made the way main makes it; the object puts the root back and removes it.
 class ScratchFolder {
  public:
   ScratchFolder() {
@@ -30,129 +30,104 @@ class ScratchFolder {
     folder = pattern;
     FileSystem::instance().setRoot(folder);
     TempArea::instance().create(folder.c_str(), zet::TEMP_PREFIX);
-    mkdir(TempArea::instance().getPath().c_str(), 0755);
+    std::filesystem::create_directory(TempArea::instance().getPath());
   }
   ~ScratchFolder() {
     FileSystem::instance().setRoot("/");
-    nftw(folder.c_str(), removeEntry, 16, FTW_DEPTH | FTW_PHYS);
+    std::error_code ignored;
+    std::filesystem::remove_all(folder, ignored);
   }
-  ScratchFolder(const ScratchFolder&) = delete;
-  ScratchFolder& operator=(const ScratchFolder&) = delete;
 
   const std::string& path() const { return folder; }
   std::string temp() const { return TempArea::instance().getPath(); }
 
-  // Writes `content` to `relative` inside the folder, making its parents; returns the path.
+  // Each returns the full path of what it made inside the folder, parents included.
   std::string write(const std::string& relative, const std::string& content) const {
-    const std::string full = folder + "/" + relative;
-    makeParents(full);
-    std::ofstream(full, std::ios::binary) << content;
-    return full;
+    std::ofstream(makeParents(relative), std::ios::binary) << content;
+    return folder + "/" + relative;
   }
-  // Makes `relative` and its parents inside the folder; returns the path.
   std::string makeDirs(const std::string& relative) const {
-    const std::string full = folder + "/" + relative;
-    makeParents(full + "/");
-    return full;
+    std::filesystem::create_directories(folder + "/" + relative);
+    return folder + "/" + relative;
   }
-  // Builds a package file at `relative` with the fixture builder; returns its path.
-  std::string makePackage(const std::string& relative,
-                          const std::vector<std::string>& members) const {
-    const std::string full = folder + "/" + relative;
-    makeParents(full);
-    std::string command = shellQuoted(ZET_MKPKG) + " " + shellQuoted(full);
-    for (const std::string& member : members) command += " " + shellQuoted(member);
+  // A package file built by the fixture builder.
+  std::string makePackage(const std::string& relative, const Lines& members) const {
+    const std::string full = makeParents(relative);
+    std::string command = quoted(ZET_MKPKG) + " " + quoted(full);
+    for (const std::string& member : members) command += " " + quoted(member);
     if (system(command.c_str()) != 0) ADD_FAILURE() << "mkpkg failed: " << command;
     return full;
   }
 
  private:
-  static int removeEntry(const char* path, const struct stat*, int, struct FTW*) {
-    return remove(path);
+  std::string makeParents(const std::string& relative) const {
+    const std::filesystem::path full = folder + "/" + relative;
+    std::filesystem::create_directories(full.parent_path());
+    return full.string();
   }
-  static void makeParents(const std::string& path) {
-    for (size_t slash = path.find('/', 1); slash != std::string::npos;
-         slash = path.find('/', slash + 1)) {
-      mkdir(path.substr(0, slash).c_str(), 0755);
-    }
-  }
-  static std::string shellQuoted(const std::string& text) {
-    std::string quoted = "'";
-    for (char c : text) quoted += c == '\'' ? std::string("'\\''") : std::string(1, c);
-    return quoted + "'";
+  static std::string quoted(const std::string& text) {
+    std::string result = "'";
+    for (char c : text) result += c == '\'' ? std::string("'\\''") : std::string(1, c);
+    return result + "'";
   }
 
   std::string folder;
 };
 
-// Sets an environment variable for one scope and puts the old value back.
+// Sets an environment variable (unsets it for nullptr) for one scope and puts the old back.
 class ScopedVariable {
  public:
-  ScopedVariable(const char* name, const char* value) : variable(name) {
-    const char* old = getenv(name);
-    hadValue = old != nullptr;
-    if (hadValue) oldValue = old;
-    if (value != nullptr) {
-      setenv(name, value, 1);
-    } else {
-      unsetenv(name);
-    }
+  ScopedVariable(const char* name, const char* value) : name(name) {
+    if (const char* old = getenv(name)) oldValue = old;
+    set(name, value);
   }
-  ~ScopedVariable() {
-    if (hadValue) {
-      setenv(variable.c_str(), oldValue.c_str(), 1);
-    } else {
-      unsetenv(variable.c_str());
-    }
-  }
-  ScopedVariable(const ScopedVariable&) = delete;
-  ScopedVariable& operator=(const ScopedVariable&) = delete;
+  ~ScopedVariable() { set(name.c_str(), oldValue ? oldValue->c_str() : nullptr); }
 
  private:
-  std::string variable;
-  std::string oldValue;
-  bool hadValue;
+  static void set(const char* name, const char* value) {
+    value != nullptr ? setenv(name, value, 1) : unsetenv(name);
+  }
+  std::string name;
+  std::optional<std::string> oldValue;
 };
 
 // The whole content of a file, or the empty string.
 inline std::string readWholeFile(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
   std::stringstream content;
-  content << in.rdbuf();
+  content << std::ifstream(path, std::ios::binary).rdbuf();
   return content.str();
 }
 
 // The names of a directory in the order the system lists them, "." and ".." left out.
-inline std::vector<std::string> directoryOrder(const std::string& path) {
-  std::vector<std::string> names;
-  DIR* dir = opendir(path.c_str());
-  if (dir == nullptr) return names;
-  while (dirent* entry = readdir(dir)) {
-    const std::string name = entry->d_name;
-    if (name != "." && name != "..") names.push_back(name);
+inline Lines directoryOrder(const std::string& path) {
+  Lines names;
+  if (DIR* dir = opendir(path.c_str())) {
+    while (dirent* entry = readdir(dir)) {
+      if (std::string(".") != entry->d_name && std::string("..") != entry->d_name)
+        names.push_back(entry->d_name);
+    }
+    closedir(dir);
   }
-  closedir(dir);
   return names;
 }
 
-// The elements of a TextVector as strings, for readable comparisons.
-inline std::vector<std::string> linesOf(const TextVector& lines) {
-  std::vector<std::string> result;
+inline Lines linesOf(const TextVector& lines) {
+  Lines result;
   for (unsigned i = 0; i < lines.size(); ++i) result.push_back(lines[i]);
   return result;
 }
+inline TextVector vectorOf(const Lines& lines) {
+  TextVector vector;
+  for (const std::string& line : lines) vector.push_back(line.c_str());
+  return vector;
+}
 
-// Tests that run the archive tools need the links under /lib/zetutils, which the install step
-// makes. Continuous integration must have them; elsewhere the test is skipped.
+// The archive tools are links under /lib/zetutils that the install step makes. Continuous
+// integration must have them; elsewhere the test is skipped.
 #define ZET_REQUIRE_ARCHIVE_TOOLS()                                                           \
-  do {                                                                                        \
-    if (access(zet::TAR_TOOL, X_OK) != 0 || access(zet::GZIP_TOOL, X_OK) != 0) {              \
-      const char* ci = getenv("CI");                                                          \
-      if (ci != nullptr && std::string(ci) == "true") {                                       \
-        FAIL() << "the tools under /lib/zetutils are missing: run cmake --install first";     \
-      }                                                                                       \
-      GTEST_SKIP() << "the tools under /lib/zetutils are missing: run cmake --install first"; \
-    }                                                                                         \
-  } while (0)
+  if (access(zet::TAR_TOOL, X_OK) != 0 || access(zet::GZIP_TOOL, X_OK) != 0) {                \
+    if (getenv("CI") != nullptr && std::string(getenv("CI")) == "true") FAIL() << "no tools"; \
+    GTEST_SKIP() << "the tools under /lib/zetutils are missing: run cmake --install first";   \
+  }
 
 #endif
