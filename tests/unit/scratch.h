@@ -126,8 +126,9 @@ inline TextVector vectorOf(const Lines& lines) {
 // integration must have them; elsewhere the test is skipped.
 #define ZET_REQUIRE_ARCHIVE_TOOLS()                                                           \
   if (access(zet::TAR_TOOL, X_OK) != 0 || access(zet::GZIP_TOOL, X_OK) != 0) {                \
-    if (getenv("CI") != nullptr && std::string(getenv("CI")) == "true") FAIL() << "no tools"; \
-    GTEST_SKIP() << "the tools under /lib/zetutils are missing: run cmake --install first";   \
+    const char* why = "the tools under /lib/zetutils are missing: run cmake --install first"; \
+    if (getenv("CI") != nullptr && std::string(getenv("CI")) == "true") FAIL() << why;        \
+    GTEST_SKIP() << why;                                                                      \
   }
 
 #endif
