@@ -1,8 +1,10 @@
 // The driver: fixes the order of a run and turns results into messages and exit statuses.
 // Start-up reads the language, checks the tools, reads the configuration and the command
-// line, refuses a non-root user and makes the database directories under the root.
+// line, refuses a non-root user and makes the database directories under the root; then the
+// words of the command line become a group of loaded packages.
 #include <unistd.h>
 
+#include <cstdint>
 #include <cstdlib>
 #include <string>
 #include <vector>
@@ -214,6 +216,103 @@ void parseArgs(int argc, char** argv) {
   if (!args.onlyAllowed(permittedOptions(settings.operation))) badLine();
 }
 
+// A package that is not in the database, or whose record cannot be read, ends the run.
+static void failDatabaseLoad(const Package& package, const std::string& word) {
+  switch (package.lastError) {
+    case LoadRecordUnreadable:
+      // The database path as formed, doubled slashes and all.
+      printError(ErrorFileDoNotExist,
+                 FileSystem::instance().getRoot() + "/" + PACKAGES_DIR + "/" + word);
+      leave(ExitBadPackage);
+    case LoadNotInstalled:
+      printError(ErrorPackageNotInstalled, word);
+      leave(ExitBadPackage);
+    default:
+      ZET_ASSERT("Unhandled error" && 0);
+  }
+}
+
+// A package file that cannot be loaded ends the run. An archive without install/ has been
+// reported by the loader already and stops on the assertion, leaving the scratch directory.
+static void failFileLoad(const Package& package, const std::string& word) {
+  if (static_cast<uint32_t>(package.lastError) > LoadSizeInfoBad) {
+    ZET_ASSERT("Unhandled error" && 0);
+  }
+  switch (package.lastError) {
+    case LoadExtractFailed:
+    case LoadListFailed:
+      printError(ErrorUnknownTar);
+      leave(ExitTarFailed);
+    case LoadBadName:
+      printError(ErrorNotValidPackageName, word);
+      leave(ExitBadPackage);
+    case LoadNoFile:
+      printError(ErrorFileDoNotExist, word);
+      leave(ExitNoPackageFile);
+    case LoadSizeInfoBad:
+      printError(ErrorUnknownGzip);
+      leave(ExitGzipFailed);
+    default:
+      ZET_ASSERT("Unhandled error" && 0);
+  }
+}
+
+// Loads every word before anything changes on the system, so one bad word stops the run
+// with nothing done. The packages live to the exit of the process.
+PackageGroup joinPackages() {
+  const std::vector<std::string>& words = Args::instance().getArguments();
+  const PackageGroup::OperationType operation = settings.operation;
+  std::vector<PackageGroup::Entry> entries;
+
+  if (operation == PackageGroup::OperationRemove || operation == PackageGroup::OperationUpgrade) {
+    for (const std::string& word : words) {
+      Package* installed = new Package;
+      // With install-new an upgrade goes on for a package that is not installed.
+      if (!installed->loadFromDatabase(word) && !settings.installNew) {
+        failDatabaseLoad(*installed, word);
+      }
+      entries.push_back(PackageGroup::Entry{installed, nullptr});
+    }
+  }
+
+  if (operation == PackageGroup::OperationInstall || operation == PackageGroup::OperationUpgrade) {
+    for (size_t i = 0; i < words.size(); ++i) {
+      Package* package = new Package;
+      if (operation == PackageGroup::OperationInstall && !settings.force &&
+          package->loadFromDatabase(words[i])) {
+        printError(ErrorPackageAlreadyInstalled, words[i]);
+        leave(ExitAlreadyInstalled);
+      }
+      if (!package->loadFromFile(words[i])) failFileLoad(*package, words[i]);
+      if (operation == PackageGroup::OperationInstall) {
+        entries.push_back(PackageGroup::Entry{package, nullptr});
+      } else {
+        entries[i].second = package;
+      }
+    }
+  }
+
+  PackageGroup group;
+  for (const PackageGroup::Entry& entry : entries) group.add(entry.first, entry.second);
+  return group;
+}
+
+// Everything below the front end learns the options from the group.
+static void configureGroup(PackageGroup& group) {
+  group.infobox = settings.infobox;
+  group.menu = settings.menu;
+  group.ask = settings.ask;
+  group.priority = settings.priority;
+  group.warn = settings.warn;
+  group.preserve = settings.preserve;
+  group.force = settings.force;
+  group.installNew = settings.installNew;
+  group.reinstall = settings.reinstall;
+  group.withDeps = settings.withDeps;
+  // Read a second time, after the command-line filter; a file that cannot be read is no error.
+  group.loadTagFile(settings.tagfile.empty() ? DEFAULT_TAGFILE : settings.tagfile);
+}
+
 static void checkTools() {
   for (const char* tool : {GZIP_TOOL, TAR_TOOL, DIALOG_TOOL}) {
     // A missing tool is reported and the run goes on: help needs none of them.
@@ -246,5 +345,8 @@ int main(int argc, char** argv) {
     leave(ExitNotRoot);
   }
   makeDatabaseDirectories();
+
+  PackageGroup group = joinPackages();
+  configureGroup(group);
   leave(ExitOk);
 }

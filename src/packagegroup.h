@@ -1,7 +1,15 @@
 #ifndef ZET_PACKAGEGROUP_H
 #define ZET_PACKAGEGROUP_H
 
-// The packages of one run and the choices of the command line that concern them.
+#include <list>
+#include <string>
+
+#include "tagfile.h"
+
+class Package;
+
+// The packages of one run, in command-line order, and the choices of the command line that
+// concern them. It points at the packages and does not own them: they live to the exit.
 class PackageGroup {
  public:
   enum OperationType : int {
@@ -10,6 +18,33 @@ class PackageGroup {
     OperationUpgrade = 2,
     OperationNone = 3,
   };
+
+  // The package operated on, and for an upgrade the new package from its file.
+  struct Entry {
+    Package* first;
+    Package* second;
+  };
+
+  PackageGroup& add(Package* package) { return add(package, nullptr); }
+  PackageGroup& add(Package* first, Package* second);
+  // Erases the first entry whose `first` is this very object; names are not compared.
+  PackageGroup& remove(Package* package);
+  // Replaces the tag table with the file's; false when it cannot be read.
+  bool loadTagFile(const std::string& path);
+
+  std::list<Entry> packages;
+  bool infobox = false;
+  bool ask = false;
+  bool menu = false;
+  bool warn = false;
+  bool preserve = false;
+  bool installNew = false;
+  bool reinstall = false;
+  bool force = false;
+  bool withDeps = false;
+  TagFile tagFile;
+  // TagNone leaves the tag of each package to the tag file.
+  int priority = TagNone;
 };
 
 #endif
