@@ -42,16 +42,10 @@ struct Settings {
 
 static Settings settings;
 
-// Every way out of the front end removes the run's scratch directory first.
-[[noreturn]] static void leave(int status) {
-  FileSystem::instance().removeTree(TempArea::instance().getPath(), false);
-  exit(status);
-}
-
 // Every refusal of the command line looks the same, whichever word was wrong.
 [[noreturn]] static void badLine() {
   printError(ErrorBadArgumentLine);
-  leave(ExitBadCommandLine);
+  leaveRun(ExitBadCommandLine);
 }
 
 void readConfiguration() {
@@ -204,7 +198,7 @@ void parseArgs(int argc, char** argv) {
 
   if (given("help") || given("h")) {
     printHelp(helpFor(settings.operation), PROGRAM_VERSION);
-    leave(ExitOk);
+    leaveRun(ExitOk);
   }
 
   if (given("root")) FileSystem::instance().setRoot(args.getValue("root"));
@@ -223,10 +217,10 @@ static void failDatabaseLoad(const Package& package, const std::string& word) {
       // The database path as formed, doubled slashes and all.
       printError(ErrorFileDoNotExist,
                  FileSystem::instance().getRoot() + "/" + PACKAGES_DIR + "/" + word);
-      leave(ExitBadPackage);
+      leaveRun(ExitBadPackage);
     case LoadNotInstalled:
       printError(ErrorPackageNotInstalled, word);
-      leave(ExitBadPackage);
+      leaveRun(ExitBadPackage);
     default:
       ZET_ASSERT("Unhandled error" && 0);
   }
@@ -242,16 +236,16 @@ static void failFileLoad(const Package& package, const std::string& word) {
     case LoadExtractFailed:
     case LoadListFailed:
       printError(ErrorUnknownTar);
-      leave(ExitTarFailed);
+      leaveRun(ExitTarFailed);
     case LoadBadName:
       printError(ErrorNotValidPackageName, word);
-      leave(ExitBadPackage);
+      leaveRun(ExitBadPackage);
     case LoadNoFile:
       printError(ErrorFileDoNotExist, word);
-      leave(ExitNoPackageFile);
+      leaveRun(ExitNoPackageFile);
     case LoadSizeInfoBad:
       printError(ErrorUnknownGzip);
-      leave(ExitGzipFailed);
+      leaveRun(ExitGzipFailed);
     default:
       ZET_ASSERT("Unhandled error" && 0);
   }
@@ -281,7 +275,7 @@ PackageGroup joinPackages() {
       if (operation == PackageGroup::OperationInstall && !settings.force &&
           package->loadFromDatabase(words[i])) {
         printError(ErrorPackageAlreadyInstalled, words[i]);
-        leave(ExitAlreadyInstalled);
+        leaveRun(ExitAlreadyInstalled);
       }
       if (!package->loadFromFile(words[i])) failFileLoad(*package, words[i]);
       if (operation == PackageGroup::OperationInstall) {
@@ -342,11 +336,11 @@ int main(int argc, char** argv) {
 
   if (getuid() != 0) {
     printError(ErrorNotRoot);
-    leave(ExitNotRoot);
+    leaveRun(ExitNotRoot);
   }
   makeDatabaseDirectories();
 
   PackageGroup group = joinPackages();
   configureGroup(group);
-  leave(ExitOk);
+  leaveRun(ExitOk);
 }

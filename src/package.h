@@ -56,6 +56,31 @@ class Package {
   // Finds an installed package by short name, full name, .tgz name or path.
   bool loadFromDatabase(std::string nameOrFile);
 
+  // Puts a package loaded from its file onto the system: preinst, the record, the unpacking
+  // over the root, doinst and postinst, and the stored scripts, build and deps. With
+  // `warnOnly` it only lists the links and files that would be replaced.
+  void install();
+  // Takes a package loaded from the database off the system: postinst, its links, its files
+  // deepest first and its database entries, sparing what another package lists. With
+  // `warnOnly` it only lists what would go.
+  void remove();
+  // Copies the installed package as it stands on disk into a tree of its own under
+  // /var/log/setup/tmp/preserved_packages.
+  void preserve();
+
+  // The links named by the "( cd DIR ; rm -rf LINK )" lines of a doinst script, as DIR/LINK.
+  static FileList scriptSymlinks(const TextVector& script);
+  // Those of `links` that the stored doinst script of another installed package names too.
+  static TextVector symlinksInOtherPackages(const TextVector& links, const std::string& fullName,
+                                            const std::string& root);
+  static void removeSymlinks(const TextVector& links, const TextVector& shared,
+                             const std::string& root);
+  static void removeFiles(const TextVector& files, const TextVector& shared,
+                          const std::string& root);
+  void warnInstallSymlinks();
+  void warnInstallOverwrites();
+  void warnRemove();
+
   // A copy of the description in `language`; with `stripPrefix` each line loses its
   // leading "name:".
   TextVector descriptionLines(bool stripPrefix);

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "tagfile.h"
+#include "textvector.h"
 
 class Package;
 
@@ -31,6 +32,16 @@ class PackageGroup {
   PackageGroup& remove(Package* package);
   // Replaces the tag table with the file's; false when it cannot be read.
   bool loadTagFile(const std::string& path);
+
+  // The dependency verdict before anything is touched: for install and upgrade the names
+  // that nothing provides, for removal the installed packages that depend on the group,
+  // directly or through others. `flag` has no effect.
+  TextVector checkDeps(OperationType operation, bool flag);
+  // Carries out the operation on each entry in order, deciding and reporting; ends the run
+  // itself on "quit" and on a refused upgrade.
+  void proceed(OperationType operation);
+  // A DDMMYYYY build stamp as the number YYYYMMDD, so that later dates are greater.
+  static int buildNumber(const char* stamp);
 
   std::list<Entry> packages;
   bool infobox = false;

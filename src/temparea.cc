@@ -1,7 +1,10 @@
 #include "temparea.h"
 
+#include <cstdlib>
 #include <ctime>
 #include <sstream>
+
+#include "filesystem.h"
 
 namespace {
 
@@ -40,4 +43,9 @@ uint32_t TempArea::nextSeed(uint32_t current) {
 // The low byte goes to bits 23 to 30: a rotation over 31 bits, not 32.
 uint32_t TempArea::mix(uint32_t value) {
   return (value >> 8) | ((value & 0xff) << 23);
+}
+
+void leaveRun(int status) {
+  FileSystem::instance().removeTree(TempArea::instance().getPath(), false);
+  exit(status);
 }

@@ -27,4 +27,8 @@ class TempArea {
   std::string path = "/tmp";
 };
 
+// Removes the run's scratch directory with everything in it, then ends the process with
+// `status`. Every way out of the program but an assertion goes through here.
+[[noreturn]] void leaveRun(int status);
+
 #endif
