@@ -1,10 +1,12 @@
 // The driver: fixes the order of a run and turns results into messages and exit statuses.
 // Start-up reads the language, checks the tools, reads the configuration and the command
 // line, refuses a non-root user and makes the database directories under the root; then the
-// words of the command line become a group of loaded packages.
+// words of the command line become a group of loaded packages, the dependency verdict is
+// taken and the group carries out the operation.
 #include <unistd.h>
 
 #include <cstdint>
+#include <cstdio>
 #include <cstdlib>
 #include <string>
 #include <vector>
@@ -19,6 +21,7 @@
 #include "packagegroup.h"
 #include "tagfile.h"
 #include "temparea.h"
+#include "textvector.h"
 
 using namespace zet;
 
@@ -307,6 +310,38 @@ static void configureGroup(PackageGroup& group) {
   group.loadTagFile(settings.tagfile.empty() ? DEFAULT_TAGFILE : settings.tagfile);
 }
 
+void printList(TextVector list) {
+  for (unsigned i = 0; i < list.size(); ++i) {
+    fputs(list[i], stdout);
+    fputs("\n", stdout);
+  }
+  fflush(stdout);
+}
+
+// The dependency verdict. On removal "show-deps" neither silences the error nor spares the
+// refusal: only "with-deps" lets such a run go on, and then the list says what goes too.
+static void judgeDependencies(PackageGroup::OperationType operation, const TextVector& missing) {
+  if (missing.size() == 0) return;
+  if (operation == PackageGroup::OperationInstall || operation == PackageGroup::OperationUpgrade) {
+    if (!settings.showDeps) {
+      printError(ErrorDepsNotMet);
+      printList(missing);
+      leaveRun(ExitDepsFailed);
+    }
+    printList(missing);
+  }
+  if (operation == PackageGroup::OperationRemove) {
+    printError(ErrorDepsRequired);
+    printList(missing);
+    if (!settings.withDeps) leaveRun(ExitDepsFailed);
+  }
+}
+
+static bool isOperation(PackageGroup::OperationType operation) {
+  return operation == PackageGroup::OperationInstall ||
+         operation == PackageGroup::OperationRemove || operation == PackageGroup::OperationUpgrade;
+}
+
 static void checkTools() {
   for (const char* tool : {GZIP_TOOL, TAR_TOOL, DIALOG_TOOL}) {
     // A missing tool is reported and the run goes on: help needs none of them.
@@ -342,5 +377,16 @@ int main(int argc, char** argv) {
 
   PackageGroup group = joinPackages();
   configureGroup(group);
+
+  const PackageGroup::OperationType operation = settings.operation;
+  TextVector missing;
+  // "show-deps" looks even where the configuration or "nodeps" switched the check off.
+  if ((!settings.nodeps || settings.showDeps) && isOperation(operation)) {
+    missing = group.checkDeps(operation, false);
+  }
+  judgeDependencies(operation, missing);
+  // A dry look at the verdict: nothing on the disk changes.
+  if (settings.showDeps) leaveRun(ExitOk);
+  if (isOperation(operation)) group.proceed(operation);
   leaveRun(ExitOk);
 }
