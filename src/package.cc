@@ -2,8 +2,11 @@
 
 #include <cctype>
 #include <cmath>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <string>
+#include <unordered_set>
 
 #include "constants.h"
 #include "dependencystore.h"
@@ -23,6 +26,9 @@ constexpr const char* BUILD_FILE = "/build";
 // "slack-desc" holds the default description, "slack-desc.CODE" the one in language CODE.
 constexpr char DESCRIPTION_FILE[] = "slack-desc";
 constexpr size_t DESCRIPTION_FILE_LENGTH = sizeof DESCRIPTION_FILE - 1;
+
+// Longest field that a link line of a doinst script is scanned for.
+constexpr size_t SCRIPT_FIELD_SIZE = 1024;
 
 bool endsWith(const std::string& text, const std::string& tail) {
   return text.size() >= tail.size() &&
@@ -103,6 +109,17 @@ bool readSizes(Package& package, const std::string& sizeInfoPath) {
   package.compressedSizeK = kilobytesOf(tokens[0]);
   package.uncompressedSizeK = kilobytesOf(tokens[1]);
   return true;
+}
+
+std::string databasePath(const std::string& root, const char* directory,
+                         const std::string& fullName) {
+  return root + "/" + directory + "/" + fullName;
+}
+
+std::unordered_set<std::string> setOf(const TextVector& lines) {
+  std::unordered_set<std::string> set;
+  for (unsigned i = 0; i < lines.size(); ++i) set.insert(lines[i]);
+  return set;
 }
 
 }  // namespace
@@ -328,4 +345,219 @@ bool Package::loadFromDatabase(std::string nameOrFile) {
   postinstScript.load((root + "/" + zet::POSTINST_DIR + "/" + fullName).c_str());
   fromDatabase = true;
   return true;
+}
+
+void Package::install() {
+  DebugLog::instance() << "installation\n";
+  if (warnOnly) {
+    warnInstallSymlinks();
+    warnInstallOverwrites();
+    return;
+  }
+  const std::string root = FileSystem::instance().getRoot();
+  // The empty argument still leaves its blank at the end of the command.
+  if (preinstScript.hasLines()) preinstScript.run("", root);
+
+  PackageRecord record;
+  record.name = fullName;
+  record.compressedSizeK = compressedSizeK;
+  record.uncompressedSizeK = uncompressedSizeK;
+  // The bare file name, wherever the package came from.
+  record.location = fullName + zet::PACKAGE_EXTENSION;
+  record.files = files;
+  fillRecord(record);
+  // Written before the first file is unpacked, so that even a broken unpacking leaves the
+  // package known to the database and removable.
+  record.write(databasePath(root, zet::PACKAGES_DIR, fullName));
+
+  const std::string unpack =
+      std::string(zet::TAR_TOOL) + " -xzlUpf " + location + " -C " + root + " 1>/dev/null";
+  DebugLog::instance() << "exe: " << unpack << "\n";
+  // Failures show only in what tar prints itself.
+  [[maybe_unused]] const int status = std::system(unpack.c_str());
+  // The control files came along with the archive and do not belong on the system, whatever
+  // stood there before.
+  FileSystem::instance().removeTree("/install", true);
+
+  if (doinstScript.hasLines()) {
+    doinstScript.run("-install", root);
+    doinstScript.save(databasePath(root, zet::SCRIPTS_DIR, fullName).c_str(), true);
+  }
+  if (postinstScript.hasLines()) {
+    postinstScript.run("--afterinstall", root);
+    postinstScript.save(databasePath(root, zet::POSTINST_DIR, fullName).c_str(), true);
+  }
+  // Only files with lines are written, so an older file of the same name may stay.
+  if (buildInfo.size() > 0) {
+    buildInfo.save(databasePath(root, zet::BUILD_DIR, fullName).c_str(), true);
+  }
+  if (deps.size() > 0) deps.save(databasePath(root, zet::DEPS_DIR, fullName).c_str(), true);
+}
+
+void Package::remove() {
+  if (warnOnly) {
+    warnRemove();
+    return;
+  }
+  FileSystem& fileSystem = FileSystem::instance();
+  const std::string root = fileSystem.getRoot();
+  // There is no removal script: the postinst script is told with this argument instead.
+  if (postinstScript.hasLines()) postinstScript.run("--beforeremove", root);
+
+  DependencyStore store;
+  store.loadInstalled();
+  const FileList links = scriptSymlinks(doinstScript);
+  removeSymlinks(links, symlinksInOtherPackages(links, fullName, root), root);
+  removeFiles(files, store.sharedFiles(files, fullName.c_str()), root);
+
+  // Nothing is normally found here; an entry of exactly that name under the root goes too.
+  fileSystem.remove(fullName, true);
+  // The record goes last: while any other entry is left, the package can still be found.
+  for (const char* directory :
+       {zet::DEPS_DIR, zet::BUILD_DIR, zet::SCRIPTS_DIR, zet::POSTINST_DIR, zet::PACKAGES_DIR}) {
+    fileSystem.remove(std::string(directory) + "/" + fullName, true);
+  }
+}
+
+void Package::preserve() {
+  FileSystem& fileSystem = FileSystem::instance();
+  const std::string root = fileSystem.getRoot();
+  const std::string base = std::string(zet::PRESERVED_DIR) + "/" + fullName;
+  fileSystem.makeDir(base, true);
+  // One level at a time: the listing names each directory ahead of what lies in it.
+  for (unsigned i = 0; i < files.size(); ++i) {
+    const std::string target = base + "/" + files[i];
+    if (FileSystem::isDirectory(root + "/" + files[i])) {
+      fileSystem.makeDir(target, true);
+    } else {
+      fileSystem.copy(target, files[i], true, true);
+    }
+  }
+  fileSystem.makeDir(base + "/install", true);
+  // Always written, empty or not, so the tree has the layout of an unpacked package.
+  const std::string installDir = root + "/" + base + "/install";
+  doinstScript.save((installDir + "/doinst.sh").c_str(), true);
+  postinstScript.save((installDir + "/postinst.sh").c_str(), true);
+  buildInfo.save((installDir + "/build").c_str(), true);
+}
+
+FileList Package::scriptSymlinks(const TextVector& script) {
+  // The link field lies directly in front of the directory field, so that the terminator of
+  // a link of the full field size lands on the first byte of the directory and empties it:
+  // old scripts depend on such a line naming no link.
+  char fields[2 * SCRIPT_FIELD_SIZE + 1];
+  char* link = fields;
+  char* directory = fields + SCRIPT_FIELD_SIZE;
+  FileList links;
+  for (unsigned i = 0; i < script.size(); ++i) {
+    link[0] = '\0';
+    directory[0] = '\0';
+    // A partial match still fills what it reached; the fields decide, not the count.
+    [[maybe_unused]] const int matched =
+        std::sscanf(script[i], "( cd %1024s ; rm -rf %1024s )", directory, link);
+    if (directory[0] != '\0' && link[0] != '\0') {
+      links.push_back((std::string(directory) + "/" + link).c_str());
+    }
+  }
+  return links;
+}
+
+TextVector Package::symlinksInOtherPackages(const TextVector& links, const std::string& fullName,
+                                            const std::string& root) {
+  TextVector shared;
+  if (links.size() == 0) return shared;
+  FileSystem& fileSystem = FileSystem::instance();
+  // Listed the way the dependency store lists the installed set.
+  fileSystem.list(std::string("/") + zet::PACKAGES_DIR + "/", true);
+  const TextVector installed(fileSystem.entries());
+
+  // One pass over the stored scripts; a package without one names nothing.
+  std::unordered_set<std::string> named;
+  for (unsigned i = 0; i < installed.size(); ++i) {
+    if (fullName == installed[i]) continue;
+    ScriptRunner script;
+    if (!script.load(databasePath(root, zet::SCRIPTS_DIR, installed[i]).c_str())) continue;
+    const FileList otherLinks = scriptSymlinks(script);
+    for (unsigned j = 0; j < otherLinks.size(); ++j) named.insert(otherLinks[j]);
+  }
+  for (unsigned i = 0; i < links.size(); ++i) {
+    if (named.count(links[i]) != 0) shared.push_back(links[i]);
+  }
+  return shared;
+}
+
+void Package::removeSymlinks(const TextVector& links, const TextVector& shared,
+                             const std::string& root) {
+  const std::unordered_set<std::string> sharedSet = setOf(shared);
+  for (unsigned i = 0; i < links.size(); ++i) {
+    const std::string path = root + "/" + links[i];
+    if (sharedSet.count(links[i]) != 0) {
+      printMessage(MessageSymlinkFoundInAnotherPackage, path);
+    } else if (FileSystem::instance().remove(path, false) == 0) {
+      printMessage(MessageDeletingSymlink, path);
+    } else {
+      // Also a link to a directory: the removal follows it, tries rmdir and fails.
+      printMessage(MessageSymlinkNoLongerExists, path);
+    }
+  }
+}
+
+void Package::removeFiles(const TextVector& files, const TextVector& shared,
+                          const std::string& root) {
+  const std::unordered_set<std::string> sharedSet = setOf(shared);
+  FileSystem& fileSystem = FileSystem::instance();
+  // Backwards, so that the contents of a directory go before the directory.
+  for (unsigned i = files.size(); i-- > 0;) {
+    // Drops "./" and, with it, every top-level name that begins with a dot.
+    if (files[i][0] == '.') continue;
+    const std::string path = root + "/" + files[i];
+    if (sharedSet.count(files[i]) != 0) {
+      printMessage(MessageFileFoundInAnotherPackage, path);
+    } else if (FileSystem::isDirectory(path)) {
+      if (fileSystem.remove(path, false) == 0) {
+        printMessage(MessageDeletingEmptyDirectory, path);
+      } else {
+        printWarning(WarningDirectoryContainsNewFiles, path);
+      }
+    } else if (fileSystem.remove(path, false) == 0) {
+      printMessage(MessageDeletingFile, path);
+    } else {
+      printMessage(MessageFileNoLongerExists, path);
+    }
+  }
+}
+
+void Package::warnInstallSymlinks() {
+  const FileList links = scriptSymlinks(doinstScript);
+  if (links.size() == 0) return;
+  const std::string root = FileSystem::instance().getRoot();
+  printMessage(MessageShowWarnDirs);
+  for (unsigned i = 0; i < links.size(); ++i) printMessage(root + "/" + links[i]);
+}
+
+void Package::warnInstallOverwrites() {
+  FileSystem& fileSystem = FileSystem::instance();
+  const std::string root = fileSystem.getRoot();
+  bool headed = false;
+  for (unsigned i = 0; i < files.size(); ++i) {
+    // Existing directories are merged into, not overwritten.
+    if (!fileSystem.exists(files[i], true) || FileSystem::isDirectory(root + "/" + files[i])) {
+      continue;
+    }
+    if (!headed) printMessage(MessageShowWarnOverwrite);
+    headed = true;
+    printMessage(root + "/" + files[i]);
+  }
+}
+
+void Package::warnRemove() {
+  // Neither other packages nor the disk are asked: this lists everything the package names.
+  const FileList links = scriptSymlinks(doinstScript);
+  for (unsigned i = 0; i < links.size(); ++i) printMessage(MessageSymlinkWouldBeDeleted, links[i]);
+  for (unsigned i = 0; i < files.size(); ++i) {
+    // The empty string, "." and "./": unlike removeFiles, ".profile" is listed.
+    const size_t length = std::strlen(files[i]);
+    if (length <= 2 && std::strncmp(files[i], "./", length) == 0) continue;
+    printMessage(MessageFileWouldBeDeleted, files[i]);
+  }
 }

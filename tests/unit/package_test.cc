@@ -354,4 +354,162 @@ TEST_F(PackageDatabaseTest, TracesTheLookUpNameOfLongNamesOnly) {
             "loading package: foo-bar-baz\n");
 }
 
+TEST(PackageScriptTest, SymlinkLinesAreScannedWithinFixedFieldLimits) {
+  const std::string field1023(1023, 'l'), field1024(1024, 'l'), field1025(1025, 'd');
+  const std::pair<std::string, std::string> rows[] = {
+      // line, link found ("" for none)
+      {"( cd usr/lib ; rm -rf libfoo.so )", "usr/lib/libfoo.so"},
+      {"( cd a ; rm -rf b)", "a/b)"},
+      {"(cd a; rm -rf b)", ""},
+      {"( cd a ; ln -sf c b )", ""},
+      {"(\tcd  a\t;rm  -rf\t\tb trailing words", "a/b"},
+      {" ( cd a ; rm -rf b )", ""},
+      {"( cd a ; rm -rf )", "a/)"},
+      {"( cd a ; rm -rf " + field1023 + " )", "a/" + field1023},
+      {"( cd a ; rm -rf " + field1024 + " )", ""},
+      {"( cd a ; rm -rf " + field1024 + "x )", ""},
+      {"( cd " + field1024 + " ; rm -rf b )", field1024 + "/b"},
+      {"( cd " + field1025 + " ; rm -rf b )", ""},
+  };
+  for (const auto& [line, link] : rows) {
+    SCOPED_TRACE(line.substr(0, 40));
+    const FileList links = Package::scriptSymlinks(vectorOf({line}));
+    EXPECT_EQ(linesOf(links), link.empty() ? Lines{} : Lines{link});
+  }
+  const TextVector script = vectorOf({"( cd a ; rm -rf b )", "echo", "( cd c ; rm -rf d )"});
+  EXPECT_EQ(linesOf(Package::scriptSymlinks(script)), (Lines{"a/b", "c/d"}));
+}
+
+// A package installed and removed under the scratch root with the real archive tools. Each
+// sentence names its key, and each script logs its argument count, argument and directory.
+class PackageOperationTest : public PackageFileTest {
+ protected:
+  void SetUp() override {
+    PackageFileTest::SetUp();
+    std::string sentences;
+    for (const char* key : {"MessageShowWarnDirs", "MessageShowWarnOverwrite"})
+      sentences += std::string(key) + "=" + key + "\n";
+    for (const char* key : {"MessageDeletingEmptyDirectory", "MessageDeletingFile",
+                            "MessageDeletingSymlink", "MessageSymlinkNoLongerExists",
+                            "MessageFileWouldBeDeleted", "MessageSymlinkFoundInAnotherPackage",
+                            "MessageFileNoLongerExists", "MessageSymlinkWouldBeDeleted",
+                            "MessageFileFoundInAnotherPackage", "WarningDirectoryContainsNewFiles"})
+      sentences += std::string(key) + "=" + key + " [ARG]\n";
+    Lang::instance().load(scratch.write("operations.lang", sentences));
+    for (const char* dir : {zet::PACKAGES_DIR, zet::SCRIPTS_DIR, zet::POSTINST_DIR, zet::BUILD_DIR,
+                            zet::DEPS_DIR, zet::PRESERVED_DIR})
+      scratch.makeDirs(dir + 1);
+    const std::string log = " >> " + scratch.path() + "/log\\n";
+    path = build("foo-1.2-i486-1.tgz",
+                 {"install/", "install/preinst.sh=echo pre $# [$1] $(pwd)" + log,
+                  "install/doinst.sh=( cd usr/lib ; rm -rf libfoo.so )\\nln -s libfoo.so.1 "
+                  "usr/lib/libfoo.so\\n( cd usr/lib ; rm -rf libfoo.so.0 )\\nln -s libfoo.so.1 "
+                  "usr/lib/libfoo.so.0\\n( cd usr/lib ; rm -rf gone )\\necho doinst $# $1 $(pwd)" +
+                      log,
+                  "install/postinst.sh=echo post $1 $(pwd)" + log, "install/deps=bar\\n",
+                  "install/build=2024\\n", "install/slack-desc=foo: a tool\\n", "usr/", "usr/lib/",
+                  "usr/lib/libfoo.so.1=x", "usr/share/", "usr/share/foo/", "usr/share/foo/data=d",
+                  "usr/share/foo/notes=n", ".profile=p"});
+    ASSERT_TRUE(load(path));
+  }
+  std::string rooted(const std::string& relative) { return scratch.path() + "/" + relative; }
+  std::string database(const char* dir) { return rooted(dir) + "/foo-1.2-i486-1"; }
+
+  std::string path;
+};
+
+TEST_F(PackageOperationTest, InstallsPreservesAndRemovesSparingWhatOthersList) {
+  const std::string root = scratch.path();
+  EXPECT_EQ(traceOf([&] { package.install(); }), "installation\nexe: /lib/zetutils/tar -xzlUpf " +
+                                                     path + " -C " + root + " 1>/dev/null\n");
+  EXPECT_EQ(readWholeFile(database(zet::PACKAGES_DIR)),
+            "PACKAGE NAME:     foo-1.2-i486-1\nCOMPRESSED PACKAGE SIZE:     " +
+                std::to_string(package.compressedSizeK) +
+                " K\nUNCOMPRESSED PACKAGE SIZE:     " + std::to_string(package.uncompressedSizeK) +
+                " K\nPACKAGE LOCATION:     foo-1.2-i486-1.tgz\nPACKAGE DESCRIPTION:\nfoo: a "
+                "tool\nFILE LIST:\nusr/\nusr/lib/\nusr/lib/libfoo.so.1\nusr/share/\n"
+                "usr/share/foo/\nusr/share/foo/data\nusr/share/foo/notes\n.profile\n");
+  EXPECT_EQ(readWholeFile(rooted("usr/lib/libfoo.so")), "x");
+  EXPECT_FALSE(exists(rooted("install")));
+  EXPECT_EQ(readWholeFile(database(zet::SCRIPTS_DIR)),
+            "( cd usr/lib ; rm -rf libfoo.so )\nln -s libfoo.so.1 usr/lib/libfoo.so\n"
+            "( cd usr/lib ; rm -rf libfoo.so.0 )\nln -s libfoo.so.1 usr/lib/libfoo.so.0\n"
+            "( cd usr/lib ; rm -rf gone )\necho doinst $# $1 $(pwd) >> " +
+                root + "/log\n");
+  EXPECT_EQ(readWholeFile(database(zet::POSTINST_DIR)),
+            "echo post $1 $(pwd) >> " + root + "/log\n");
+  EXPECT_EQ(readWholeFile(database(zet::BUILD_DIR)) + readWholeFile(database(zet::DEPS_DIR)),
+            "2024\nbar\n");
+
+  package.preserve();
+  const std::string preserved = rooted(zet::PRESERVED_DIR) + "/foo-1.2-i486-1/";
+  EXPECT_EQ(readWholeFile(preserved + "usr/share/foo/data") + readWholeFile(preserved + ".profile"),
+            "dp");
+  EXPECT_EQ(readWholeFile(preserved + "install/build"), "2024\n");
+  EXPECT_EQ(readWholeFile(preserved + "install/doinst.sh"),
+            readWholeFile(database(zet::SCRIPTS_DIR)));
+
+  // Another package lists the library and usr/, and its script names one of the links.
+  scratch.write("var/log/packages/bar-1-i486-1", "FILE LIST:\nusr/\nusr/lib/libfoo.so.1\n");
+  scratch.write("var/log/scripts/bar-1-i486-1", "( cd usr/lib ; rm -rf libfoo.so.0 )\n");
+  std::filesystem::remove(rooted("usr/share/foo/notes"));
+  scratch.write("foo-1.2-i486-1", "");
+  testing::internal::CaptureStderr();
+  EXPECT_EQ(traceOf([&] { package.remove(); }),
+            "MessageDeletingSymlink " + root + "/usr/lib/libfoo.so\n" +
+                "MessageSymlinkFoundInAnotherPackage " + root + "/usr/lib/libfoo.so.0\n" +
+                "MessageSymlinkNoLongerExists " + root + "/usr/lib/gone\n" +
+                "MessageFileNoLongerExists " + root + "/usr/share/foo/notes\n" +
+                "MessageDeletingFile " + root + "/usr/share/foo/data\n" +
+                "MessageDeletingEmptyDirectory " + root + "/usr/share/foo/\n" +
+                "MessageDeletingEmptyDirectory " + root + "/usr/share/\n" +
+                "MessageFileFoundInAnotherPackage " + root + "/usr/lib/libfoo.so.1\n" +
+                "MessageFileFoundInAnotherPackage " + root + "/usr/\n");
+  EXPECT_EQ(testing::internal::GetCapturedStderr(),
+            "WARNING: WarningDirectoryContainsNewFiles " + root + "/usr/lib/\n");
+  EXPECT_EQ(readWholeFile(rooted("log")), "pre 0 [] " + root + "\ndoinst 1 -install " + root +
+                                              "\npost --afterinstall " + root +
+                                              "\npost --beforeremove " + root + "\n");
+  EXPECT_TRUE(std::filesystem::is_symlink(rooted("usr/lib/libfoo.so.0")));
+  EXPECT_TRUE(exists(rooted(".profile")));
+  EXPECT_FALSE(exists(rooted("foo-1.2-i486-1")));
+  for (const char* dir :
+       {zet::PACKAGES_DIR, zet::SCRIPTS_DIR, zet::POSTINST_DIR, zet::BUILD_DIR, zet::DEPS_DIR})
+    EXPECT_FALSE(exists(database(dir))) << dir;
+  EXPECT_TRUE(exists(rooted("var/log/packages/bar-1-i486-1")));
+}
+
+TEST_F(PackageOperationTest, WarnModeOnlyListsAndPreserveAlwaysWritesTheControlFiles) {
+  const std::string root = scratch.path();
+  scratch.write("usr/lib/libfoo.so.1", "old");
+  scratch.makeDirs("usr/share");
+  package.warnOnly = true;
+  EXPECT_EQ(traceOf([&] { package.install(); }),
+            "installation\nMessageShowWarnDirs\n" + root + "/usr/lib/libfoo.so\n" + root +
+                "/usr/lib/libfoo.so.0\n" + root + "/usr/lib/gone\nMessageShowWarnOverwrite\n" +
+                root + "/usr/lib/libfoo.so.1\n");
+  for (const char* name : {"./", ".", ""}) package.files.push_back(name);
+  std::string listed;
+  for (const char* link : {"usr/lib/libfoo.so", "usr/lib/libfoo.so.0", "usr/lib/gone"})
+    listed += std::string("MessageSymlinkWouldBeDeleted ") + link + "\n";
+  for (const char* file :
+       {"usr/", "usr/lib/", "usr/lib/libfoo.so.1", "usr/share/", "usr/share/foo/",
+        "usr/share/foo/data", "usr/share/foo/notes", ".profile"})
+    listed += std::string("MessageFileWouldBeDeleted ") + file + "\n";
+  testing::internal::CaptureStdout();
+  package.remove();
+  EXPECT_EQ(testing::internal::GetCapturedStdout(), listed);
+  EXPECT_EQ(readWholeFile(rooted("usr/lib/libfoo.so.1")), "old");
+  EXPECT_FALSE(exists(rooted("log")) || exists(database(zet::PACKAGES_DIR)));
+
+  Package bare;
+  bare.fullName = "bare-1-i486-1";
+  bare.preserve();
+  const std::string install = rooted(zet::PRESERVED_DIR) + "/bare-1-i486-1/install/";
+  for (const char* name : {"doinst.sh", "postinst.sh", "build"}) {
+    EXPECT_TRUE(exists(install + name)) << name;
+    EXPECT_EQ(readWholeFile(install + name), "") << name;
+  }
+}
+
 }  // namespace
