@@ -1,0 +1,2 @@
+( cd usr/bin ; rm -rf zet-hi )
+( cd usr/bin ; ln -sf zet-hello zet-hi )
