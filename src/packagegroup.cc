@@ -4,6 +4,8 @@
 
 #include "constants.h"
 #include "dependencystore.h"
+#include "dialog.h"
+#include "lang.h"
 #include "messages.h"
 #include "package.h"
 #include "temparea.h"
@@ -15,6 +17,35 @@ namespace {
 int effectiveTag(const PackageGroup& group, const std::string& name) {
   if (group.priority != TagNone) return group.priority;
   return group.tagFile.contains(name) ? group.tagFile.priority(name) : TagOpt;
+}
+
+std::string dialogTitle(const Package& package) {
+  return Lang::instance().get("dialog_installing_package", package.fullName);
+}
+
+// The description without the name prefixes, which the title already carries, and the sizes.
+TextVector dialogLines(Package& package) {
+  TextVector lines = package.descriptionLines(true);
+  lines.push_back(Lang::instance()
+                      .get("dialog_compressed_and_uncompressed",
+                           std::to_string(package.compressedSizeK),
+                           std::to_string(package.uncompressedSizeK))
+                      .c_str());
+  return lines;
+}
+
+// The tool's answer as it came: the caller takes anything but "no" and "quit" for yes, so
+// that a cancelled menu installs.
+std::string askMenu(Package& package) {
+  Lang& lang = Lang::instance();
+  MenuDialog menu;
+  menu.setTitle(dialogTitle(package));
+  menu.addItem(lang.get("yes"), lang.get("dialog_install_package", package.name));
+  menu.addItem(lang.get("no"), lang.get("dialog_do_not_install", package.name));
+  menu.addItem(lang.get("quit"), lang.get("dialog_abort"));
+  menu.setText(dialogLines(package));
+  menu.show();
+  return menu.getResult();
 }
 
 void installPackage(const PackageGroup& group, Package& package) {
@@ -30,6 +61,17 @@ void installPackage(const PackageGroup& group, Package& package) {
   // A menu or an infobox shows the package in place of the console text.
   const bool viaMenu = group.menu && interactive;
   const bool viaInfobox = group.infobox && !group.menu;
+  if (viaMenu) {
+    const std::string answer = askMenu(package);
+    if (answer == Lang::instance().get("no")) return;
+    if (answer == Lang::instance().get("quit")) leaveRun(zet::ExitOk);
+  }
+  if (viaInfobox) {
+    InfoBox box;
+    box.setTitle(dialogTitle(package));
+    box.setText(dialogLines(package));
+    box.show();
+  }
   if (!viaMenu && !viaInfobox && !group.warn) {
     printMessage(MessageInstallingPackage, package.fullName);
     printDescription(package.descriptionLines(false));
