@@ -13,7 +13,10 @@ setup() {
   mkpkg b install/ 'install/slack-desc=b: the b package\n' zt/ zt/b.txt=b
   mkpkg c install/ 'install/slack-desc=c: the c package\n' zt/ zt/c.txt=c
 }
-teardown() { sandbox_teardown; }
+teardown() {
+  sandbox_tmux_stop
+  sandbox_teardown
+}
 
 # mkpkg NAME MEMBER...: the package file /tmp/NAME-1.0-noarch-1.tgz in the sandbox.
 mkpkg() {
@@ -154,4 +157,18 @@ dialog_abort
   [[ "$stdout" != *MessageInstallingPackage* ]] || sandbox_fail "announced under warn" "$(_context)"
   _sandbox_check 'grep -e --menu -e --infobox /srv/dialog.log'
   expect_equal "dialogs shown" $'--menu\n--infobox' "$(cat "$SANDBOX/check.out")"
+}
+
+@test "the real tool in a terminal: no skips the first package, yes installs the second" {
+  sandbox_tmux_start 'LANG=T installzet --no-colors --nodeps --menu /tmp/a-1.0-noarch-1.tgz /tmp/b-1.0-noarch-1.tgz'
+  sandbox_tmux_wait_for 'the "a" package'
+  sandbox_tmux_wait_for 'dialog_do_not_install a'
+  sandbox_tmux_keys Down Enter
+  sandbox_tmux_wait_for 'the b package'
+  sandbox_tmux_keys Enter
+  sandbox_tmux_wait_end
+  expect_status 0
+  expect_not_installed a
+  expect_installed b
+  expect_missing '/tmp/zet-*'
 }

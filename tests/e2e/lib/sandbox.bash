@@ -171,6 +171,73 @@ _sandbox_check() {
     return 1
 }
 
+# --- Running commands in a terminal -----------------------------------------------------
+# A full-screen program needs a terminal: these run one command in a detached tmux session
+# of a server of the sandbox's own, so that a test can read the screen and type.
+
+_sandbox_tmux() {
+  tmux -f /dev/null -S "$SANDBOX/tmux.sock" "$@"
+}
+
+# sandbox_tmux_start CMDLINE
+# Starts a shell command line inside the sandbox, as root, in a terminal of 80 by 25
+# characters with TERM=screen; the terminal is its standard input, output and error. Returns
+# at once. Its exit status lands in $SANDBOX/status when it ends: wait with
+# sandbox_tmux_wait_end, and run no other sandbox command in the meantime.
+sandbox_tmux_start() {
+  command -v tmux >/dev/null || { sandbox_unavailable "'tmux' is not installed"; return 1; }
+  rm -f "$SANDBOX/status"
+  _sandbox_tmux new-session -d -x 80 -y 25 /bin/bash -c '
+    source "$1"
+    SANDBOX=$2 ZET_BUILD_DIR=$3 ZET_SOURCE_DIR=$4
+    _sandbox_exec root /dev/stdin /dev/stdout /dev/stdout "export TERM=screen; $5"
+  ' sandbox "${BASH_SOURCE[0]}" "$SANDBOX" "$ZET_BUILD_DIR" "$ZET_SOURCE_DIR" "$1" ||
+    sandbox_fail "cannot start a terminal for: $1"
+  SB_LAST_COMMAND=$1
+}
+
+# sandbox_tmux_screen: the text on the terminal now, into "screen".
+sandbox_tmux_screen() {
+  screen=$(_sandbox_tmux capture-pane -p 2>/dev/null)
+}
+
+# sandbox_tmux_wait_for TEXT: polls the screen until it shows TEXT, for at most 20 seconds.
+sandbox_tmux_wait_for() {
+  local tries
+  for ((tries = 0; tries < 100; tries++)); do
+    sandbox_tmux_screen
+    [[ "$screen" == *"$1"* ]] && return 0
+    sleep 0.2
+  done
+  sandbox_fail "the terminal never showed $(_quoted "$1"); it shows:" "$screen"
+}
+
+# sandbox_tmux_keys KEY...: types into the terminal; KEY is as tmux send-keys takes it.
+sandbox_tmux_keys() {
+  _sandbox_tmux send-keys "$@"
+}
+
+# sandbox_tmux_wait_end: waits at most 20 seconds for the command to end and sets "status".
+sandbox_tmux_wait_end() {
+  local tries
+  for ((tries = 0; tries < 100; tries++)); do
+    if [[ -s "$SANDBOX/status" ]]; then
+      status=$(cat "$SANDBOX/status")
+      return 0
+    fi
+    sleep 0.2
+  done
+  sandbox_tmux_screen
+  sandbox_fail "the command in the terminal did not end: $SB_LAST_COMMAND; it shows:" "$screen"
+}
+
+# sandbox_tmux_stop: ends the terminal server and whatever still runs in it. Call it from
+# teardown before sandbox_teardown.
+sandbox_tmux_stop() {
+  [[ -n "${SANDBOX:-}" && -S "$SANDBOX/tmux.sock" ]] || return 0
+  _sandbox_tmux kill-server 2>/dev/null || true
+}
+
 # sandbox_write PATH < CONTENT
 # Writes the bytes of standard input to PATH inside the sandbox, as root, making the
 # directories above it.
