@@ -14,7 +14,8 @@ setup() {
 host_state() {
   local path
   for path in /usr/local/sbin/zet /usr/local/sbin/installzet /usr/local/sbin/removezet \
-    /usr/local/sbin/upgradezet /usr/share/zet /usr/share/zet/lang /usr/share/zet/lang/* \
+    /usr/local/sbin/upgradezet /usr/local/share/man/man8/zet.8 \
+    /usr/local/share/bash-completion/completions/zet /usr/share/zet /usr/share/zet/lang /usr/share/zet/lang/* \
     /lib/zetutils /lib/zetutils/tar /lib/zetutils/gzip /lib/zetutils/dialog; do
     if [[ -e "$path" || -L "$path" ]]; then
       stat -c '%N %F %a %U %s %Y' "$path"
@@ -36,7 +37,7 @@ expect_tool_link() {
   fi
 }
 
-@test "DESTDIR receives the program, its three names, the languages and the tool links, and nothing else" {
+@test "DESTDIR receives the program, its three names, the manual pages, the completion, the languages and the tool links, and nothing else" {
   local before
   before=$(host_state)
 
@@ -57,6 +58,17 @@ expect_tool_link() {
   done
   [[ -f "$dest/usr/share/zet/lang/C.lang" ]] || sandbox_fail "no C.lang installed"
 
+  cmp "$ZET_SOURCE_DIR/man/zet.8" "$dest/usr/local/share/man/man8/zet.8" ||
+    sandbox_fail "manual page zet.8 not installed as it stands"
+  cmp "$ZET_SOURCE_DIR/completion/zet" "$dest/usr/local/share/bash-completion/completions/zet" ||
+    sandbox_fail "completion script not installed as it stands"
+  for name in installzet removezet upgradezet; do
+    expect_equal "manual page $name.8" ".so man8/zet.8" \
+      "$(cat "$dest/usr/local/share/man/man8/$name.8")"
+    expect_equal "completion link $name" zet \
+      "$(readlink "$dest/usr/local/share/bash-completion/completions/$name")"
+  done
+
   expect_tool_link tar
   expect_tool_link gzip
   expect_tool_link dialog
@@ -66,7 +78,13 @@ expect_tool_link() {
     printf '%s\n' . ./lib ./lib/zetutils ./lib/zetutils/dialog ./lib/zetutils/gzip \
       ./lib/zetutils/tar ./usr ./usr/local ./usr/local/sbin ./usr/local/sbin/installzet \
       ./usr/local/sbin/removezet ./usr/local/sbin/upgradezet ./usr/local/sbin/zet \
-      ./usr/share ./usr/share/zet ./usr/share/zet/lang
+      ./usr/share ./usr/share/zet ./usr/share/zet/lang ./usr/local/share \
+      ./usr/local/share/man ./usr/local/share/man/man8 ./usr/local/share/bash-completion \
+      ./usr/local/share/bash-completion/completions
+    for name in zet installzet removezet upgradezet; do
+      echo "./usr/local/share/man/man8/$name.8"
+      echo "./usr/local/share/bash-completion/completions/$name"
+    done
     for file in "$ZET_SOURCE_DIR"/lang/*.lang; do echo "./usr/share/zet/lang/${file##*/}"; done
   )
   expect_equal "installed tree" "$(sort <<<"$expected")" "$(cd "$dest" && find . | sort)"
