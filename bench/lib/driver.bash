@@ -1,0 +1,192 @@
+#!/bin/bash
+# The benchmarks themselves. bench/run starts this inside the sandbox, chrooted, with zet
+# installed and "/" an overlay whose writes land in memory.
+#
+#   driver.bash SOURCE_DIR "DEB..."
+set -euo pipefail
+
+src=$1
+read -r -a debs <<<"$2"
+runs=${BENCH_RUNS:-5}
+lib=$src/bench/lib
+W=/bench
+mkdir -p "$W"
+mount -t tmpfs bench "$W"
+
+log() { echo "bench: $*" >&2; }
+now() { date +%s%N; }
+# ms START: milliseconds since START.
+ms() { echo $((($(now) - $1) / 1000000)); }
+# median of the numbers given.
+median() { printf '%s\n' "$@" | sort -n | awk '{v[NR]=$1} END{print (NR%2) ? v[(NR+1)/2] : int((v[NR/2]+v[NR/2+1])/2)}'; }
+ratio() { awk -v a="$1" -v b="$2" 'BEGIN{ if (b > 0) printf "%.2f", a / b; else print "-" }'; }
+
+cc -O2 -o "$W/floor-remove" "$lib/floor-remove.c"
+
+rows=()
+row() { rows+=("$(printf '%-58s %9s %8s' "$1" "$2" "$3")"); }
+
+# --- 1. One removal against a database of 1,500 records --------------------------------
+log "synthetic database: generating"
+mount -t tmpfs varlog /var/log
+mkdir -p /var/log/packages /var/log/scripts /var/log/postinst /var/log/build /var/log/deps \
+  /usr/share/zbench
+mount -t tmpfs zbench /usr/share/zbench
+big=zb-big-1.0-noarch-1
+tpl=$W/big-template
+mkdir -p "$tpl/files"
+# 1,499 small records plus the big one make 300,000 file lines; every third small
+# package has a stored doinst script with its link lines.
+awk -v big="$big" -v tpl="$tpl" '
+  function header(f, name) {
+    printf "PACKAGE NAME:     %s\nCOMPRESSED PACKAGE SIZE:     12 K\n", name > f
+    printf "UNCOMPRESSED PACKAGE SIZE:     48 K\nPACKAGE LOCATION:     %s.tgz\n", name > f
+    printf "PACKAGE DESCRIPTION:\n%s: a synthetic package for the benchmark\nFILE LIST:\n", name > f
+  }
+  BEGIN {
+    total = 300000; small = 1499
+    biglines = 3 + 20 + 2000
+    rest = total - biglines
+    per = int(rest / small); extra = rest - per * small
+    split("usr/ usr/bin/ usr/lib/ usr/share/ usr/share/doc/ usr/share/man/ usr/share/man/man1/", shared, " ")
+    for (p = 1; p <= small; p++) {
+      name = sprintf("zb-pkg%04d-1.0-noarch-1", p)
+      short = sprintf("zb-pkg%04d", p)
+      f = "/var/log/packages/" name
+      header(f, name)
+      n = per + (p <= extra ? 1 : 0)
+      for (i = 1; i <= 7; i++) print shared[i] > f
+      print "usr/share/doc/" short "/" > f
+      for (i = 1; i <= n - 8; i++) printf "usr/share/doc/%s/file-%03d.txt\n", short, i > f
+      close(f)
+      if (p % 3 == 0) {
+        s = "/var/log/scripts/" name
+        printf "( cd usr/lib ; rm -rf lib%s.so )\n( cd usr/lib ; ln -sf lib%s.so.1 lib%s.so )\n", short, short, short > s
+        close(s)
+      }
+    }
+    f = tpl "/record"
+    header(f, big)
+    print "usr/\nusr/share/\nusr/share/zbench/" > f
+    for (d = 0; d < 20; d++) {
+      printf "usr/share/zbench/d%02d/\n", d > f
+      for (i = 0; i < 100; i++) printf "usr/share/zbench/d%02d/file-%03d.dat\n", d, i > f
+    }
+    close(f)
+    s = tpl "/script"
+    for (l = 0; l < 20; l++)
+      printf "( cd usr/share/zbench ; rm -rf link-%02d )\n( cd usr/share/zbench ; ln -sf d%02d/file-000.dat link-%02d )\n", l, l, l > s
+    close(s)
+  }'
+for d in $(seq -f %02g 0 19); do
+  mkdir -p "$tpl/files/d$d"
+  for i in $(seq -f %03g 0 99); do echo "$d $i" >"$tpl/files/d$d/file-$i.dat"; done
+  ln -s "d$d/file-000.dat" "$tpl/files/link-$d"
+done
+lines=$(cat /var/log/packages/* "$tpl/record" | awk '/^FILE LIST:$/{on=1; next} /^PACKAGE NAME:/{on=0} on' | wc -l)
+log "synthetic database: $(ls /var/log/packages | wc -l) records + 1, $lines file lines, $(ls /var/log/scripts | wc -l) scripts + 1"
+
+place_big() {
+  cp -a "$tpl/files/." /usr/share/zbench/
+  cp "$tpl/record" "/var/log/packages/$big"
+  cp "$tpl/script" "/var/log/scripts/$big"
+}
+check_big_gone() {
+  local left
+  left=$(find /usr/share/zbench -mindepth 1 | wc -l)
+  [[ $left == 0 && ! -e /var/log/packages/$big && ! -e /var/log/scripts/$big ]] ||
+    { log "removal left $left entries or database files behind"; exit 1; }
+}
+
+zr=() fr=()
+for ((r = 1; r <= runs; r++)); do
+  place_big; sync
+  t=$(now); LANG=C removezet --nodeps "$big" >/dev/null 2>&1; zr+=("$(ms "$t")")
+  check_big_gone
+  place_big; sync
+  t=$(now); "$W/floor-remove" "$big"; fr+=("$(ms "$t")")
+  check_big_gone
+done
+place_big
+LANG=C /usr/bin/time -v -o "$W/time-v" removezet --nodeps "$big" >/dev/null 2>&1
+check_big_gone
+rss=$(awk -F': ' '/Maximum resident set size/{print $2}' "$W/time-v")
+zrm=$(median "${zr[@]}") frm=$(median "${fr[@]}")
+row "removezet --nodeps (2,000 files; 1,500 records, 300k lines)" "$zrm" "$(ratio "$zrm" "$frm")"
+row "  floor: one C process, same reads and unlinks" "$frm" "1.00"
+row "  peak memory of removezet (max RSS, KiB)" "$rss" ""
+umount /var/log /usr/share/zbench
+
+# --- 2. Installing and removing a corpus of real packages -------------------------------
+mount -t tmpfs varlog /var/log
+log "corpus: converting ${#debs[@]} Debian packages"
+bash -x "$lib/convert.bash" "$W/pkgs" "${debs[@]}" 2>"$W/convert.log" ||
+  { tail -n 20 "$W/convert.log" >&2; log "conversion failed"; exit 1; }
+mapfile -t pkgs < <(ls "$W"/pkgs/*.tgz)
+mapfile -t fulls < <(for p in "${pkgs[@]}"; do basename "$p" .tgz; done)
+mapfile -t dnames < <(for d in "${debs[@]}"; do dpkg-deb -f "$d" Package; done)
+
+# Row (b): the four commands per package that zet runs, each through the shell.
+rb=$W/row-b.sh
+mkdir -p "$W/zt"
+for p in "${pkgs[@]}"; do
+  printf 'sh -c "/lib/zetutils/tar tzf %s >%s/filelist"\n' "$p" "$W/zt"
+  printf 'sh -c "/lib/zetutils/tar xzf %s -C %s install"\n' "$p" "$W/zt"
+  printf 'sh -c "/lib/zetutils/gzip -l %s 1>%s/size-info"\n' "$p" "$W/zt"
+  printf 'sh -c "/lib/zetutils/tar -xzlUpf %s -C / 1>/dev/null"\n' "$p"
+done >"$rb"
+# Row (a): one tar per archive into an empty folder.
+ra=$W/row-a.sh
+for p in "${pkgs[@]}"; do printf 'tar xzf %s -C %s/floor\n' "$p" "$W"; done >"$ra"
+# What the packages put on "/", to take row (b)'s files away again, untimed.
+for p in "${pkgs[@]}"; do tar tzf "$p"; done | grep -v '^install/' | sort -u >"$W/all-files"
+undo_row_b() {
+  rm -rf /install
+  grep -v '/$' "$W/all-files" | (cd / && xargs -r rm -f) || true
+  grep '/$' "$W/all-files" | sort -r | (cd / && xargs -r rmdir --ignore-fail-on-non-empty 2>/dev/null) || true
+}
+dpkg_admin() {
+  rm -rf "$W/dpkg"
+  mkdir -p "$W/dpkg/root" "$W/dpkg/admin/info" "$W/dpkg/admin/updates"
+  : >"$W/dpkg/admin/status"; : >"$W/dpkg/admin/available"
+}
+dpkg_run() {
+  dpkg --force-not-root --force-depends --instdir="$W/dpkg/root" --admindir="$W/dpkg/admin" "$@" \
+    >/dev/null 2>"$W/dpkg.err" || { log "dpkg failed:"; cat "$W/dpkg.err" >&2; exit 1; }
+}
+
+zi=() zx=() bi=() ai=() ax=() di=() dx=()
+for ((r = 1; r <= runs; r++)); do
+  log "corpus: run $r of $runs"
+  sync; t=$(now); LANG=C installzet --nodeps "${pkgs[@]}" >/dev/null 2>"$W/zet-install.err"; zi+=("$(ms "$t")")
+  [[ $(ls /var/log/packages | wc -l) == "${#pkgs[@]}" ]] || { log "install incomplete"; exit 1; }
+  sync; t=$(now); LANG=C removezet --nodeps "${fulls[@]}" >/dev/null 2>"$W/zet-remove.err"; zx+=("$(ms "$t")")
+  [[ $(ls /var/log/packages | wc -l) == 0 ]] || { tail -n 3 "$W/zet-remove.err" >&2; log "removal incomplete"; exit 1; }
+
+  sync; t=$(now); sh "$rb" 2>"$W/row-b.err" || true; bi+=("$(ms "$t")")
+  undo_row_b
+
+  mkdir "$W/floor"
+  sync; t=$(now); sh "$ra"; ai+=("$(ms "$t")")
+  sync; t=$(now); rm -rf "$W/floor"; ax+=("$(ms "$t")")
+
+  dpkg_admin
+  sync; t=$(now); dpkg_run -i "${debs[@]}"; di+=("$(ms "$t")")
+  sync; t=$(now); dpkg_run --purge "${dnames[@]}"; dx+=("$(ms "$t")")
+done
+n=${#pkgs[@]}
+zim=$(median "${zi[@]}") zxm=$(median "${zx[@]}") bim=$(median "${bi[@]}")
+aim=$(median "${ai[@]}") axm=$(median "${ax[@]}") dim=$(median "${di[@]}") dxm=$(median "${dx[@]}")
+row "installzet --nodeps, $n packages in one run, on /" "$zim" "1.00"
+row "  (b) zet's 4 tool commands per package through sh" "$bim" "$(ratio "$zim" "$bim")"
+row "  (a) floor: tar xzf of each into an empty folder" "$aim" "$(ratio "$zim" "$aim")"
+row "  (c) dpkg -i of the $n .debs, one run" "$dim" "$(ratio "$zim" "$dim")"
+row "removezet --nodeps, $n packages in one run, on /" "$zxm" "1.00"
+row "  (a) floor: rm -rf of the floor folder" "$axm" "$(ratio "$zxm" "$axm")"
+row "  (c) dpkg --purge of the $n packages, one run" "$dxm" "$(ratio "$zxm" "$dxm")"
+
+echo
+printf '%-58s %9s %8s\n' "what (medians of $runs runs)" "ms" "ratio"
+printf '%s\n' "${rows[@]}"
+echo
+echo "ratio: the first row of each block divided by that row; ratios above 1 mean zet is slower."
