@@ -1,6 +1,7 @@
 #include "dependencystore.h"
 
 #include <cstring>
+#include <string_view>
 #include <unordered_set>
 
 #include "constants.h"
@@ -104,9 +105,10 @@ void DependencyStore::eraseAt(TextVector& vector, int index) {
 }
 
 // One set of the paths that no other record has listed yet, so each line of the database costs
-// one look-up. Every record is still read on each call: nothing is cached.
+// one look-up; the set views the strings of `files`, so a look-up copies nothing. Every record
+// is still read on each call: nothing is cached.
 TextVector DependencyStore::sharedFiles(TextVector files, const char* ownName) {
-  std::unordered_set<std::string> unclaimed;
+  std::unordered_set<std::string_view> unclaimed;
   for (unsigned i = 0; i < files.size(); ++i) unclaimed.insert(files[i]);
 
   const std::string packagesDir = FileSystem::instance().getRoot() + "/" + zet::PACKAGES_DIR + "/";
