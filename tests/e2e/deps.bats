@@ -8,11 +8,12 @@ load lib/sandbox
 setup() {
   sandbox_setup
   sandbox_install_test_lang
-  local spec name members
-  for spec in p:q q: r:p; do
-    name=${spec%:*}
+  # Each entry is a package name, a colon, and the one package it depends on, if any.
+  local entry name members
+  for entry in p:q q: r:p; do
+    name=${entry%:*}
     members=(install/ "install/slack-desc=$name: the package\n")
-    [[ -z "${spec#*:}" ]] || members+=("install/deps=${spec#*:}\n")
+    [[ -z "${entry#*:}" ]] || members+=("install/deps=${entry#*:}\n")
     "$ZET_SOURCE_DIR/tests/fixtures/mkpkg" "$SANDBOX/tmp/$name-1.0-noarch-1.tgz" "${members[@]}" \
       zt/ "zt/$name=$name"
   done
