@@ -105,8 +105,8 @@ void DependencyStore::eraseAt(TextVector& vector, int index) {
 }
 
 // One set of the paths that no other record has listed yet, so each line of the database costs
-// one look-up; the set views the strings of `files`, so a look-up copies nothing. Every record
-// is still read on each call: nothing is cached.
+// one look-up; the set views the strings of `files` and the records' lines are only viewed, so
+// nothing is copied per line. Every record is still read on each call: nothing is cached.
 TextVector DependencyStore::sharedFiles(TextVector files, const char* ownName) {
   std::unordered_set<std::string_view> unclaimed;
   for (unsigned i = 0; i < files.size(); ++i) unclaimed.insert(files[i]);
@@ -114,10 +114,9 @@ TextVector DependencyStore::sharedFiles(TextVector files, const char* ownName) {
   const std::string packagesDir = FileSystem::instance().getRoot() + "/" + zet::PACKAGES_DIR + "/";
   for (unsigned i = 0; i < installed.size(); ++i) {
     if (std::strcmp(installed[i], ownName) == 0) continue;
-    PackageRecord record;
     // "." and ".." and unreadable records simply list nothing.
-    record.read(packagesDir + installed[i]);
-    for (unsigned j = 0; j < record.files.size(); ++j) unclaimed.erase(record.files[j]);
+    PackageRecord::forEachListedFile(
+        packagesDir + installed[i], [&unclaimed](std::string_view path) { unclaimed.erase(path); });
   }
 
   TextVector shared;

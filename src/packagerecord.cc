@@ -100,6 +100,19 @@ bool PackageRecord::read(const std::string& path) {
   return true;
 }
 
+bool PackageRecord::forEachListedFile(const std::string& path,
+                                      const std::function<void(std::string_view)>& visit) {
+  const std::string_view label = FILE_LIST_LABEL;
+  bool listing = false;
+  return TextFile::forEachLine(path.c_str(), [&](std::string_view line) {
+    if (listing) {
+      visit(line);
+    } else {
+      listing = line.substr(0, label.size()) == label;
+    }
+  });
+}
+
 bool PackageRecord::write(const std::string& path) {
   TextFile lines;
   lines.push_back((std::string(NAME_LABEL) + VALUE_GAP + name).c_str());

@@ -18,8 +18,10 @@
 #define ZET_PACKAGERECORD_H
 
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <string>
+#include <string_view>
 
 #include "filelist.h"
 #include "textvector.h"
@@ -30,6 +32,11 @@ class PackageRecord {
   void clear();
   // True when the file could be opened, whatever it held.
   bool read(const std::string& path);
+  // Hands `visit` every path that read() would put in `files`, without building a record:
+  // each line once, where a second "FILE LIST:" makes read() list the rest again. For callers
+  // that only ask whether a path is listed. False when the file cannot be opened.
+  static bool forEachListedFile(const std::string& path,
+                                const std::function<void(std::string_view)>& visit);
   // False when the file was written, true when it could not be.
   bool write(const std::string& path);
 

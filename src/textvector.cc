@@ -1,5 +1,8 @@
 #include "textvector.h"
 
+#include <sys/stat.h>
+
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -113,19 +116,51 @@ TextFile::TextFile(const char* path) {
 
 bool TextFile::load(const char* path) {
   clear();
+  return forEachLine(path, [this](std::string_view line) {
+    push_back(line.data(), static_cast<unsigned>(line.size()));
+  });
+}
+
+// The file is read whole and cut as fgets into a 1024-byte buffer would cut it: each delivery
+// runs through the next line feed or stops at 1023 characters. Reading it in one go spares a
+// library call and a copy per line, which counts when a removal reads every record.
+bool TextFile::forEachLine(const char* path, const std::function<void(std::string_view)>& visit) {
   FILE* file = fopen(path, "r");
   if (file == nullptr) return false;
-  char buffer[1024];
-  while (fgets(buffer, sizeof buffer, file) != nullptr) {
-    unsigned count = 0;
-    // A CR counts as part of the line end only right before the LF of the same read.
-    while (buffer[count] != '\n' && buffer[count] != '\0' &&
-           !(buffer[count] == '\r' && buffer[count + 1] == '\n')) {
-      ++count;
+  // Sized to the file where its size is known, so that a small record costs a small buffer;
+  // a pipe or a growing file is read on in blocks all the same.
+  struct stat status;
+  const size_t block = fstat(fileno(file), &status) == 0 && status.st_size > 0
+                           ? static_cast<size_t>(status.st_size) + 1
+                           : 65536;
+  std::string content;
+  for (size_t used = 0;;) {
+    content.resize(used + block);
+    const size_t got = fread(&content[used], 1, block, file);
+    used += got;
+    if (got < block) {
+      content.resize(used);
+      break;
     }
-    push_back(buffer, count);
   }
   fclose(file);
+
+  constexpr size_t DELIVERY = 1023;
+  const char* const data = content.data();
+  for (size_t start = 0; start < content.size();) {
+    const size_t room = std::min(DELIVERY, content.size() - start);
+    const char* const chunk = data + start;
+    const char* const feed = static_cast<const char*>(memchr(chunk, '\n', room));
+    const bool fed = feed != nullptr;
+    const size_t delivered = fed ? static_cast<size_t>(feed - chunk) + 1 : room;
+    // A NUL ends the line early; a CR counts as part of the line end only right before the
+    // LF of the same delivery.
+    const size_t text = fed ? delivered - 1 : delivered;
+    size_t count = strnlen(chunk, text);
+    if (fed && count == text && count > 0 && chunk[count - 1] == '\r') --count;
+    visit(std::string_view(chunk, count));
+    start += delivered;
+  }
   return true;
 }
 

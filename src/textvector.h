@@ -6,6 +6,8 @@
 #ifndef ZET_TEXTVECTOR_H
 #define ZET_TEXTVECTOR_H
 
+#include <functional>
+#include <string_view>
 #include <vector>
 
 // Ordered list of owned C strings; duplicates and empty strings are kept as given.
@@ -57,6 +59,9 @@ class TextFile : public TextVector {
   // Replaces the content with the lines of the file. A line over 1023 characters arrives in
   // pieces; CR LF ends are understood. False, with the vector empty, when the file won't open.
   bool load(const char* path);
+  // Hands each line of the file to `visit` exactly as load() would deliver it, without a copy;
+  // a view lives only during its call. False when the file won't open.
+  static bool forEachLine(const char* path, const std::function<void(std::string_view)>& visit);
   // Writes each element and a line feed. False when `overwrite` is false and the file exists,
   // or when it cannot be opened.
   bool save(const char* path, bool overwrite) const;

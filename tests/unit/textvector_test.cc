@@ -39,8 +39,13 @@ TEST_F(TextFileTest, LoadCutsLinesAtTheirEnds) {
               {"\r\r\n", {"\r"}},
               {"trailing\r", {"trailing\r"}},
               {std::string("ab\0cd\nnext\n", 11), {"ab", "next"}},
+              {std::string("a\r\0\n", 4), {"a\r"}},
               {longLine + "\n",
-               {longLine.substr(0, 1023), longLine.substr(1023, 1023), longLine.substr(2046)}}};
+               {longLine.substr(0, 1023), longLine.substr(1023, 1023), longLine.substr(2046)}},
+              // A line end that falls just behind a full delivery comes as a line of its own,
+              // and a CR that ends a full delivery is text.
+              {longLine.substr(0, 1023) + "\n", {longLine.substr(0, 1023), ""}},
+              {longLine.substr(0, 1022) + "\r\n", {longLine.substr(0, 1022) + "\r", ""}}};
   for (const auto& row : rows) {
     scratch.write("lines", row.bytes);
     TextFile file;
