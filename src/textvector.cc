@@ -127,6 +127,8 @@ bool TextFile::load(const char* path) {
 bool TextFile::forEachLine(const char* path, const std::function<void(std::string_view)>& visit) {
   FILE* file = fopen(path, "r");
   if (file == nullptr) return false;
+  // The buffer below is the only one: a stdio buffer would cost a copy and a status query more.
+  setvbuf(file, nullptr, _IONBF, 0);
   // Sized to the file where its size is known, so that a small record costs a small buffer;
   // a pipe or a growing file is read on in blocks all the same.
   struct stat status;
