@@ -80,11 +80,13 @@ TEST_F(DependencyStoreTest, SharedFilesAreThoseAnotherRecordLists) {
   install("own-1-i486-1", "a\nb\nc\nd\n");
   install("bar-1-i486-1", "b\nd\nd\nc/\n");
   install("baz-1-i486-1", "c\n");
+  // A description line that begins with the label opens the file list, as for any reader.
+  scratch.write("var/log/packages/qux-1-i486-1", "PACKAGE DESCRIPTION:\nFILE LIST: of e\ne\n");
   store.loadInstalled();
-  const TextVector files = vectorOf({"a", "b", "c", "d", "b", "e"});
-  EXPECT_EQ(linesOf(store.sharedFiles(files, "own-1-i486-1")), (Lines{"b", "c", "d", "b"}));
+  const TextVector files = vectorOf({"a", "b", "c", "d", "b", "e", "f"});
+  EXPECT_EQ(linesOf(store.sharedFiles(files, "own-1-i486-1")), (Lines{"b", "c", "d", "b", "e"}));
   // Only the whole own name is passed over.
-  EXPECT_EQ(linesOf(store.sharedFiles(files, "own")), (Lines{"a", "b", "c", "d", "b"}));
+  EXPECT_EQ(linesOf(store.sharedFiles(files, "own")), (Lines{"a", "b", "c", "d", "b", "e"}));
   EXPECT_EQ(store.sharedFiles(TextVector(), "own-1-i486-1").size(), 0u);
 }
 
