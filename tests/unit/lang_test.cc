@@ -1,106 +1,62 @@
 #include "lang.h"
 
-#include <gtest/gtest.h>
+#include <fstream>
 
-#include <string>
-#include <vector>
-
+#include "messages.h"
 #include "scratch.h"
 
-namespace {
+using LangTest = Scratch;
 
-typedef std::pair<std::string, std::string> Fetched;  // the sentence, and what get() printed
-
-std::string notFound(const std::string& key) {
-  return "Lang::get(): sentence '" + key + "' not found in lang file\n";
-}
-
-template <typename... Args>
-Fetched get(const char* key, const Args&... args) {
+TEST_F(LangTest, KeysAnyCaseContinuationsAndMarkers) {
+  Lang& lang = Lang::instance();
+  EXPECT_FALSE(lang.load(root + "/none"));
+  EXPECT_TRUE(lang.load(write(
+      "l", "t1=[ARG] and [ARG]\nT2 = x\nt3=a\\\nB=b\\\nc\nt4=a\nt4=b[ARG\nno sign\nt5=a\\\n")));
+  EXPECT_EQ(lang.get("T1", "x", "y") + lang.get("t1", "[ARG]"), "x and y[ARG] and ");
+  EXPECT_EQ(lang.get("T2 ") + "|" + lang.get("t3") + "|" + lang.get("t4"), " x|a\nB=b\nc|b[ARG");
   testing::internal::CaptureStdout();
-  std::string sentence = Lang::instance().get(key, args...);
-  return {sentence, testing::internal::GetCapturedStdout()};
+  for (const char* missing : {"t2", "b", "t5"}) EXPECT_EQ(lang.get(missing), "");
+  EXPECT_EQ(
+      testing::internal::GetCapturedStdout(),
+      "Lang::get(): sentence 't2' not found in lang file\nLang::get(): sentence 'b' not found in "
+      "lang file\nLang::get(): sentence 't5' not found in lang file\n");
+  EXPECT_TRUE(lang.load(write("l", "T1=later\n")));
+  EXPECT_EQ(lang.get("t1") + lang.get("t4"), "laterb[ARG");
+  EXPECT_EQ(Lang::split("[ARG]", "x[AR[ARG]G][ARG]"), (Lines{"x[AR", "G]", ""}));
+  EXPECT_EQ(Lang::split("[ARG]", ""), (Lines{""}));
+  EXPECT_EQ(Lang::substring("hello", 1, 3) + Lang::substring("hello", 3, 9) +
+                Lang::substring("hello", 5, 1) + Lang::substring("hello", -1, 1),
+            "elllo");
 }
 
-// Every test uses keys of its own, since the process-wide catalogue only grows.
-class LangTest : public ::testing::Test {
- protected:
-  bool load(const std::string& content) {
-    return Lang::instance().load(scratch.write(std::to_string(++files) + ".lang", content));
-  }
-
-  ScratchFolder scratch;
-  int files = 0;
-};
-
-// Rows load in order onto the one catalogue; a null sentence means the key is not found.
-TEST_F(LangTest, FileFormatTable) {
-  const struct {
-    const char* content;
-    const char* key;
-    const char* sentence;
-  } cases[] = {
-      {"lowerkeyone=x\n", "LowerKeyOne", "x"},
-      {"KeyWithEquals=a=b\n", "keywithequals", "a=b"},
-      {"KeyContinued=one\\\nB=two\n", "KeyContinued", "one\nB=two"},
-      {"KeyThreeLines=a\\\n\\\nb\n", "KeyThreeLines", "a\n\nb"},
-      {"KeyTwice=first\nKeyTwice=second\n", "KeyTwice", "second"},
-      {"KeyEmpty=\n", "KeyEmpty", ""},
-      {"KeyBlanks= x \n", "KeyBlanks", " x "},
-      {"junk line\n\nKeyAfterJunk=y\n", "KeyAfterJunk", "y"},
-      {"KeyCrLf=z\r\n", "KeyCrLf", "z"},
-      {"SpacedKey = x\n", "SpacedKey", nullptr},  // the blanks belong to the key
-      {"", "SpacedKey ", " x"},
-      {"OpenKey=never\\\n", "OpenKey", nullptr},  // still open at the end of the file
-      {"", "No_Such_key", nullptr},               // named as the caller spelled it
-      {"LayerOne=first\nLayerTwo=first\n", "LayerTwo", "first"},
-      {"LayerTwo=second\n", "LayerTwo", "second"},  // later files lie on top key by key
-      {"", "LayerOne", "first"},
-  };
-  for (const auto& row : cases) {
-    SCOPED_TRACE(std::string(row.content) + " / " + row.key);
-    ASSERT_TRUE(load(row.content));
-    EXPECT_EQ(get(row.key),
-              row.sentence ? Fetched(row.sentence, "") : Fetched("", notFound(row.key)));
-  }
-  EXPECT_FALSE(Lang::instance().load(scratch.path() + "/missing.lang"));
-}
-
-TEST_F(LangTest, MarkersAreFilledInOrder) {
-  ASSERT_TRUE(load("TwoMarkers=[ARG] and [ARG]\nBareMarker=[ARG]\nNoMarker=plain\n"));
-  EXPECT_EQ(get("TwoMarkers", "x", "y").first, "x and y");
-  EXPECT_EQ(get("TwoMarkers", std::string("[ARG]"), "y").first, "[ARG] and y");
-  EXPECT_EQ(get("BareMarker", "only").first, "only");
-  EXPECT_EQ(get("NoMarker", "unused").first, "plain");
-  EXPECT_EQ(get("TwoMarkers", "x").first, "x and ");  // a marker past the arguments stays empty
-}
-
-TEST(LangTextTest, SplitAndSubstring) {
-  const struct {
-    const char* text;
-    std::vector<std::string> fragments;
-  } splits[] = {{"", {""}},
-                {"plain", {"plain"}},
-                {"a[ARG]", {"a", ""}},
-                {"[ARG]", {"", ""}},
-                {"[ARG][ARG]", {"", "", ""}},
-                {"x[ARG]y[ARG]z", {"x", "y", "z"}},
-                {"[[ARG]", {"[", ""}},
-                {"[AR", {"[AR"}},
-                {"[arg]", {"[arg]"}}};
-  for (const auto& row : splits)
-    EXPECT_EQ(Lang::split(ARG_MARKER, row.text), row.fragments) << row.text;
-  const struct {
-    const char* text;
-    int start;
-    unsigned length;
-    const char* part;
-  } parts[] = {{"hello", 1, 3, "ell"}, {"hello", 3, 10, "lo"}, {"hello", 0, 0, ""},
-               {"hello", 5, 1, ""},    {"hello", -1, 2, ""},   {"", 0, 1, ""}};
-  for (const auto& row : parts) {
-    EXPECT_EQ(Lang::substring(row.text, row.start, row.length), row.part)
-        << row.text << " " << row.start << " " << row.length;
+// Each shipped language has every key that the program asks for, with a marker for each
+// argument that it passes, and no other key.
+TEST(Lang, ShippedLanguagesHaveEveryKeyWithItsMarkers) {
+  std::map<std::string, unsigned> wanted = {{"DIALOG_COMPRESSED_AND_UNCOMPRESSED", 2},
+                                            {"DIALOG_INSTALLING_PACKAGE", 1},
+                                            {"DIALOG_INSTALL_PACKAGE", 1},
+                                            {"DIALOG_DO_NOT_INSTALL", 1},
+                                            {"DIALOG_ABORT", 0},
+                                            {"YES", 0},
+                                            {"NO", 0},
+                                            {"QUIT", 0}};
+  for (int i = 0; errorKey(ErrorType(i)); ++i)
+    wanted[Lang::toUpper(errorKey(ErrorType(i)))] = errorArgCount(ErrorType(i));
+  for (int i = 0; warningKey(WarningType(i)); ++i)
+    wanted[Lang::toUpper(warningKey(WarningType(i)))] = 1;
+  for (int i = 0; messageKey(MessageType(i)); ++i)
+    wanted[Lang::toUpper(messageKey(MessageType(i)))] = messageArgCount(MessageType(i));
+  for (int i = 0; helpKey(HelpType(i)); ++i) wanted[Lang::toUpper(helpKey(HelpType(i)))] = 1;
+  EXPECT_EQ(wanted.size(), 58u);
+  for (const char* language : {"C", "pl", "de"}) {
+    std::ifstream file(std::string(ZET_LANG_SOURCE_DIR) + "/" + language + ".lang");
+    std::map<std::string, unsigned> found;
+    for (std::string line, entry; std::getline(file, line);) {
+      if (!(entry += line).empty() && entry.back() == '\\') continue;
+      found[Lang::toUpper(entry.substr(0, entry.find('=')))] =
+          Lang::split(ARG_MARKER, entry).size() - 1;
+      entry.clear();
+    }
+    EXPECT_EQ(found, wanted) << language;
   }
 }
-
-}  // namespace

@@ -1,153 +1,81 @@
 #include "packagerecord.h"
 
-#include <gtest/gtest.h>
-
 #include "scratch.h"
 
-namespace {
+using PackageRecordTest = Scratch;
 
-const char* const EXAMPLE_RECORD =
-    "PACKAGE NAME:     foo-bar-1.2-i486-1\nCOMPRESSED PACKAGE SIZE:     120 K\n"
-    "UNCOMPRESSED PACKAGE SIZE:     480 K\nPACKAGE LOCATION:     foo-bar-1.2-i486-1.tgz\n"
-    "PACKAGE DESCRIPTION:\nfoo-bar: a tool\nLANGUAGE:     pl\nfoo-bar: narzedzie\n"
-    "FILE LIST:\nusr/\nusr/bin/foo\n";
+TEST_F(PackageRecordTest, WriteGivesTheDefaultDescriptionThenTheOthersInOrder) {
+  PackageRecord record;
+  record.name = "foo-1.2-i486-1";
+  record.compressedSizeK = 4294967295u;
+  record.location = "x.tgz";
+  record.descriptions["pl"].push_back("foo: pl");
+  record.descriptions["de"].push_back("foo: de");
+  record.descriptions["C"].push_back("");
+  record.files.push_back("usr/");
+  EXPECT_FALSE(record.write(root + "/r"));
+  EXPECT_EQ(
+      read(root + "/r"),
+      "PACKAGE NAME:     foo-1.2-i486-1\nCOMPRESSED PACKAGE SIZE:     4294967295 K\n"
+      "UNCOMPRESSED PACKAGE SIZE:     0 K\nPACKAGE LOCATION:     x.tgz\nPACKAGE DESCRIPTION:\n\n"
+      "LANGUAGE:     de\nfoo: de\nLANGUAGE:     pl\nfoo: pl\nFILE LIST:\nusr/\n");
+  PackageRecord polish;
+  polish.descriptions["pl"].push_back("x: y");
+  EXPECT_TRUE(polish.write(root + "/no/r"));
+  polish.write(root + "/r");
+  EXPECT_NE(read(root + "/r").find("\nPACKAGE DESCRIPTION:\nLANGUAGE:     pl\nx: y\nFILE LIST:\n"),
+            std::string::npos);
+  EXPECT_FALSE(record.read(root + "/none"));
+  EXPECT_EQ(record.descriptions.size() + record.files.size() + record.name.size(), 0u);
+}
 
-class PackageRecordTest : public ::testing::Test {
- protected:
-  PackageRecord readBack(const std::string& content) {
+// Labels are prefixes, blocks stop at a language label or any leading part of "FILE LIST:",
+// and every line is looked at again as a label after its block was copied.
+TEST_F(PackageRecordTest, ReadKeepsItsOddRules) {
+  const Lines late = {"FILE", "LANGUAGE: pl", "p: one", "LANGUAGE:", "p: two", "FILE LIST:", "f1"};
+  const struct {
+    const char* text;
+    Lines fields;  // name, location, sizes
+    Lines files;
+    std::map<std::string, Lines> descriptions;
+  } rows[] = {
+      {"PACKAGE NAME: a b\nPACKAGE NAME:\nPACKAGE LOCATION:  x  y\nCOMPRESSED PACKAGE SIZE:     "
+       "120\n"
+       "UNCOMPRESSED PACKAGE SIZE: 9K x\n",
+       {"a", "x", "120 9"},
+       {},
+       {}},
+      {"COMPRESSED PACKAGE SIZE: 12K 7\nUNCOMPRESSED PACKAGE SIZE: x\nFILE LIST:",
+       {"", "", "12 0"},
+       {},
+       {}},
+      {"PACKAGE DESCRIPTION:\nd: one\nPACKAGE NAME: n m\nFILE LIST:x\nFILE\nLANGUAGE: pl\np: one\n"
+       "LANGUAGE:\np: two\nFILE LIST:\nf1\n",
+       {"n", "", "0 0"},
+       {"FILE", "LANGUAGE: pl", "p: one", "LANGUAGE:", "p: two", "FILE LIST:", "f1", "f1"},
+       {{"C", {"d: one", "PACKAGE NAME: n m", "FILE LIST:x"}}, {"pl", {"p: one", "p: two"}}}},
+      {"LANGUAGE: pl\nx\n\ny\nPACKAGE DESCRIPTION:\nz\nF\nLANGUAGE: pl\nw\n",
+       {"", "", "0 0"},
+       {},
+       {{"pl", {"x", "w"}}, {"C", {"z"}}}},
+      {"PACKAGE DESCRIPTION:\nLANGUAGE: pl\nx\n", {"", "", "0 0"}, {}, {{"pl", {"x"}}}},
+  };
+  for (const auto& row : rows) {
     PackageRecord record;
-    EXPECT_TRUE(record.read(scratch.write("record", content)));
-    return record;
+    EXPECT_TRUE(record.read(write("r", row.text)));
+    const std::string sizes =
+        std::to_string(record.compressedSizeK) + " " + std::to_string(record.uncompressedSizeK);
+    EXPECT_EQ((Lines{record.name, record.location, sizes}), row.fields) << row.text;
+    EXPECT_EQ(linesOf(record.files), row.files) << row.text;
+    std::map<std::string, Lines> descriptions;
+    for (const auto& [language, lines] : record.descriptions)
+      descriptions[language] = linesOf(lines);
+    EXPECT_EQ(descriptions, row.descriptions) << row.text;
+    // Each line once: a second label does not list the rest again.
+    Lines listed;
+    EXPECT_TRUE(PackageRecord::forEachListedFile(
+        root + "/r", [&listed](std::string_view path) { listed.emplace_back(path); }));
+    EXPECT_EQ(listed, row.files.empty() ? Lines{} : late) << row.text;
   }
-  std::string written(PackageRecord& record) {
-    const std::string path = scratch.path() + "/written";
-    EXPECT_FALSE(record.write(path));
-    return readWholeFile(path);
-  }
-
-  ScratchFolder scratch;
-};
-
-TEST_F(PackageRecordTest, WritesTheExampleByteForByteAndReadsItBack) {
-  PackageRecord record;
-  record.name = "foo-bar-1.2-i486-1";
-  record.compressedSizeK = 120;
-  record.uncompressedSizeK = 480;
-  record.location = "foo-bar-1.2-i486-1.tgz";
-  record.descriptions["pl"].push_back("foo-bar: narzedzie");
-  record.descriptions["C"].push_back("foo-bar: a tool");
-  record.files = vectorOf({"usr/", "usr/bin/foo"});
-  EXPECT_EQ(written(record), EXAMPLE_RECORD);
-  // Any field read wrongly, or any extra language, would change what is written again.
-  PackageRecord back = readBack(EXAMPLE_RECORD);
-  EXPECT_EQ(back.descriptions.size(), 2u);
-  EXPECT_EQ(written(back), EXAMPLE_RECORD);
-
-  EXPECT_TRUE(record.write(scratch.path() + "/missing/record"));
-  EXPECT_FALSE(back.read(scratch.path() + "/missing"));
-  EXPECT_EQ(back.name + back.location, "");
-  EXPECT_EQ(back.compressedSizeK + back.uncompressedSizeK + back.files.size(), 0u);
-  EXPECT_TRUE(back.descriptions.empty());
+  EXPECT_FALSE(PackageRecord::forEachListedFile(root + "/none", [](std::string_view) {}));
 }
-
-TEST_F(PackageRecordTest, WritesLanguagesInKeyOrderAndADefaultOnlyInMemory) {
-  PackageRecord record;
-  record.name = "x";
-  record.descriptions["pl"].push_back("x: p");
-  record.descriptions["de"] = vectorOf({"x: d", ""});
-  EXPECT_EQ(written(record),
-            "PACKAGE NAME:     x\nCOMPRESSED PACKAGE SIZE:     0 K\n"
-            "UNCOMPRESSED PACKAGE SIZE:     0 K\nPACKAGE LOCATION:     \nPACKAGE DESCRIPTION:\n"
-            "LANGUAGE:     de\nx: d\n\nLANGUAGE:     pl\nx: p\nFILE LIST:\n");
-  EXPECT_EQ(record.descriptions.count("C"), 1u);
-  // The empty description line cuts "de" on reading; "pl" needs its label, and no "C" appears.
-  const PackageRecord back = readBack(readWholeFile(scratch.path() + "/written"));
-  EXPECT_EQ(back.descriptions.count("C"), 0u);
-  EXPECT_EQ(linesOf(back.descriptions.at("de")), Lines{"x: d"});
-  EXPECT_EQ(linesOf(back.descriptions.at("pl")), Lines{"x: p"});
-}
-
-TEST_F(PackageRecordTest, ValueLinesAreReadAsPrefixesAndTokens) {
-  const std::pair<const char*, const char*> rows[] = {
-      // the line behind a compressed size of 7, and then name|location|compressed|uncompressed
-      {"COMPRESSED PACKAGE SIZE:     120", "||120|0"},
-      {"COMPRESSED PACKAGE SIZE: 120K", "||120|0"},
-      {"COMPRESSED PACKAGE SIZE: big K", "||0|0"},
-      {"COMPRESSED PACKAGE SIZE:", "||7|0"},  // too few tokens: the value stays
-      {"UNCOMPRESSED PACKAGE SIZE:     480 K", "||7|480"},
-      {"PACKAGE NAME:     a b", "a||7|0"},
-      {"PACKAGE NAME:x y z", "y||7|0"},  // anything may follow the label
-      {"PACKAGE NAME:", "||7|0"},
-      {"PACKAGE LOCATION:     /mnt/my dir/a.tgz", "|/mnt/my|7|0"},
-      {"package name:     lower", "||7|0"},
-      {"  PACKAGE NAME:     indented", "||7|0"},
-  };
-  for (const auto& [line, fields] : rows) {
-    SCOPED_TRACE(line);
-    const PackageRecord record =
-        readBack(std::string("COMPRESSED PACKAGE SIZE:     7 K\n") + line + "\n");
-    EXPECT_EQ(record.name + "|" + record.location + "|" + std::to_string(record.compressedSizeK) +
-                  "|" + std::to_string(record.uncompressedSizeK),
-              fields);
-  }
-}
-
-TEST_F(PackageRecordTest, DescriptionBlocksEndAtStopLines) {
-  const std::pair<const char*, Lines> rows[] = {
-      // the line behind "a: one", and the description read
-      {"FILE LIST:", {"a: one"}},
-      {"FILE LIST", {"a: one"}},
-      {"FILE", {"a: one"}},
-      {"F", {"a: one"}},
-      {"", {"a: one"}},
-      {"LANGUAGE:x", {"a: one"}},
-      {"FILE LIST: x", {"a: one", "FILE LIST: x"}},
-      {"FILE LIST:x", {"a: one", "FILE LIST:x"}},
-      {"FILES", {"a: one", "FILES"}},
-      {"a: two", {"a: one", "a: two"}},
-  };
-  for (const auto& [after, description] : rows) {
-    SCOPED_TRACE(after);
-    const PackageRecord record =
-        readBack(std::string("PACKAGE DESCRIPTION:\na: one\n") + after + "\n");
-    EXPECT_EQ(linesOf(record.descriptions.at("C")), description);
-  }
-}
-
-TEST_F(PackageRecordTest, LanguageBlocksFollowTheCurrentLanguage) {
-  const PackageRecord record = readBack(
-      "LANGUAGE:     pl\n"
-      "a: jeden\n"
-      "PACKAGE DESCRIPTION:\n"  // no stop line; its block is always "C"
-      "a: one\n"
-      "LANGUAGE:\n"  // no code: the current language stays
-      "a: dwa\n"
-      "LANGUAGE:     de\n"  // no lines: no key
-      "LANGUAGE:     pl\n"
-      "a: trzy\n");
-  EXPECT_EQ(record.descriptions.size(), 2u);
-  EXPECT_EQ(linesOf(record.descriptions.at("C")), Lines{"a: one"});
-  EXPECT_EQ(linesOf(record.descriptions.at("pl")),
-            (Lines{"a: jeden", "PACKAGE DESCRIPTION:", "a: one", "a: dwa", "a: trzy"}));
-}
-
-TEST_F(PackageRecordTest, LinesInsideBlocksAreLookedAtAgainAsLabels) {
-  const PackageRecord record = readBack(
-      "PACKAGE NAME:     right-1-i486-1\nPACKAGE DESCRIPTION:\nPACKAGE NAME:     wrong-1-i486-1\n"
-      "FILE LIST:\nusr/\nFILE LIST:\nusr/bin/\n");
-  EXPECT_EQ(record.name, "wrong-1-i486-1");
-  EXPECT_EQ(linesOf(record.descriptions.at("C")), Lines{"PACKAGE NAME:     wrong-1-i486-1"});
-  EXPECT_EQ(linesOf(record.files), (Lines{"usr/", "FILE LIST:", "usr/bin/", "usr/bin/"}));
-}
-
-TEST_F(PackageRecordTest, EdgesOfTheFileList) {
-  EXPECT_EQ(readBack("FILE LIST:\n").files.size(), 0u);
-  const PackageRecord empty = readBack("no label\nat all\n");
-  EXPECT_TRUE(empty.name.empty() && empty.descriptions.empty() && empty.files.size() == 0);
-  // A path over the loader's line length comes out in pieces.
-  const std::string longPath(1500, 'p');
-  EXPECT_EQ(linesOf(readBack("FILE LIST:\nusr/\n" + longPath + "\n").files),
-            (Lines{"usr/", longPath.substr(0, 1023), longPath.substr(1023)}));
-}
-
-}  // namespace

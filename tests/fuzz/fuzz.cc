@@ -1,0 +1,93 @@
+// One fuzz target for the parsers of outside input: the first byte picks the parser, the rest
+// is its input, written to a file for those that read files. Besides crashes and undefined
+// behaviour it checks that lines are cut as fgets into a 1024-byte buffer cuts them, and that
+// a record's listed files are what a full read lists from its first "FILE LIST:" line.
+#include <unistd.h>
+
+#include <cstdio>
+#include <string>
+#include <vector>
+
+#include "args.h"
+#include "configfile.h"
+#include "lang.h"
+#include "package.h"
+#include "packagerecord.h"
+#include "tagfile.h"
+
+namespace {
+
+void check(bool holds) {
+  if (!holds) __builtin_trap();
+}
+
+void linesAsFgetsCutsThem(const char* path) {
+  TextFile lines;
+  lines.load(path);
+  FILE* file = fopen(path, "r");
+  char buffer[1024];
+  unsigned index = 0, count;
+  while (fgets(buffer, sizeof buffer, file) != nullptr) {
+    for (count = 0; buffer[count] != '\n' && buffer[count] != '\0' &&
+                    !(buffer[count] == '\r' && buffer[count + 1] == '\n');) {
+      ++count;
+    }
+    check(index < lines.size() && std::string(buffer, count) == lines[index++]);
+  }
+  fclose(file);
+  check(index == lines.size());
+}
+
+void recordListsItsFiles(const std::string& path) {
+  PackageRecord record;
+  record.read(path);
+  std::vector<std::string> listed;
+  PackageRecord::forEachListedFile(path, [&](std::string_view line) { listed.emplace_back(line); });
+  check(listed.size() <= record.files.size());
+  for (size_t i = 0; i < listed.size(); ++i) check(listed[i] == record.files[i]);
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+  if (size == 0) return 0;
+  const std::string text(reinterpret_cast<const char*>(data) + 1, size - 1);
+  static const std::string path = "/tmp/zet-fuzz-" + std::to_string(getpid());
+  FILE* file = fopen(path.c_str(), "wb");
+  fwrite(text.data(), 1, text.size(), file);
+  fclose(file);
+  TextFile lines(path.c_str());
+  std::vector<char*> words;
+  PackageName name;
+  TagFile tags;
+  ConfigFile config;
+  Args args;
+  switch (data[0] % 6) {
+    case 0:
+      linesAsFgetsCutsThem(path.c_str());
+      break;
+    case 1:
+      recordListsItsFiles(path);
+      break;
+    case 2:
+      Lang::instance().load(path);
+      Lang::instance().get(text.c_str(), "a");
+      break;
+    case 3:
+      tags.load(path.c_str());
+      config.read(path);
+      break;
+    case 4:
+      Package::scriptSymlinks(lines);
+      name.parse(text.c_str());
+      break;
+    case 5:
+      args.addOption("root", true);
+      args.addOption("i", false);
+      for (unsigned i = 0; i < lines.size(); ++i) words.push_back(lines[i]);
+      if (args.parse(static_cast<int>(words.size()), words.data())) args.getValue("root");
+      break;
+  }
+  unlink(path.c_str());
+  return 0;
+}

@@ -1,0 +1,97 @@
+// The small services: the temporary area's numbers, build stamps, the group's list, the
+// dependency store's helpers, scripts and dialog texts.
+#include <sys/stat.h>
+
+#include "dependencystore.h"
+#include "dialog.h"
+#include "package.h"
+#include "packagegroup.h"
+#include "scratch.h"
+#include "scriptrunner.h"
+
+using ServicesTest = Scratch;
+
+TEST(TempArea, TheGeneratorStepsWrapsAndRotatesOverThirtyOneBits) {
+  EXPECT_EQ(TempArea::nextSeed(1), 16807u);
+  EXPECT_EQ(TempArea::mix(16807), 1400897601u);
+  EXPECT_EQ(TempArea::nextSeed(127773), 4294964460u);
+  EXPECT_EQ(TempArea::nextSeed(2147483647u), 2147483647u);
+  EXPECT_EQ(TempArea::nextSeed(0), 2147483647u);
+  EXPECT_EQ(TempArea::random(0), 0u);
+  TempArea::instance().create("/base", "p-");
+  const std::string path = TempArea::instance().getPath();
+  EXPECT_EQ(path.substr(0, 8), "/base/p-");
+  EXPECT_LE(std::stoul(path.substr(8)), 999999u);
+  EXPECT_EQ(std::to_string(std::stoul(path.substr(8))), path.substr(8));
+}
+
+TEST(PackageGroup, BuildStampsReadAsYearMonthDayAndTheListKeepsObjects) {
+  const struct {
+    const char* stamp;
+    int number;
+  } rows[] = {{"15022020", 20200215},
+              {"01032020x", 20200301},
+              {"0103202a", 202},
+              {"x1032020", 202003},
+              {"0000", 0},
+              {"", 0},
+              {"1234567", 567}};
+  for (const auto& row : rows)
+    EXPECT_EQ(PackageGroup::buildNumber(row.stamp), row.number) << row.stamp;
+
+  Package a, b, c;
+  PackageGroup group;
+  group.add(&a).add(&b, &c).add(&a).remove(&c).remove(&a);
+  ASSERT_EQ(group.packages.size(), 2u);
+  EXPECT_TRUE(group.packages.front().first == &b && group.packages.front().second == &c);
+  EXPECT_TRUE(group.packages.back().first == &a && group.packages.back().second == nullptr);
+  EXPECT_EQ(group.checkDeps(PackageGroup::OperationInstall, false).size(), 0u);
+  EXPECT_DEATH(group.checkDeps(PackageGroup::OperationNone, false), "Unhandled operation type");
+}
+
+TEST_F(ServicesTest, TheStoreFindsInstalledNamesWholeAndInDirectoryOrder) {
+  write("var/log/packages/foo-bar-1.2-x-1", "");
+  write("var/log/packages/odd", "");
+  DependencyStore store;
+  store.loadInstalled();
+  EXPECT_EQ(store.installedPath("foo-bar"), "//var/log/packages/foo-bar-1.2-x-1");
+  EXPECT_EQ(store.installedPath("odd") + store.fullNameOf("odd"), "//var/log/packages/odd");
+  EXPECT_EQ(store.fullNameOf("foo-bar"), "foo-bar-1.2-x-1");
+  EXPECT_FALSE(store.isInstalled("foo") || store.isInstalled("foo-bar-1.2-x-1x"));
+  EXPECT_TRUE(store.isInstalled("foo-bar-1.2-x-1"));
+  EXPECT_EQ(store.resolve(2).size() + store.sharedFiles(TextVector(), "x").size(), 0u);
+  store.addRequired("a");
+  store.addRequired("a");
+  store.addRequired("foo-bar");
+  store.addIncoming("b");
+  store.addRequired("b");
+  EXPECT_EQ(linesOf(store.resolve(DependencyStore::ResolveMissing)), (Lines{"a"}));
+  store.clearIncoming();
+  store.clearRequired();
+  store.addRequired("b");
+  EXPECT_EQ(linesOf(store.resolve(DependencyStore::ResolveMissing)), (Lines{"b"}));
+  TextVector vector;
+  for (const char* text : {"x", "y", "z"}) vector.push_back(text);
+  DependencyStore::eraseAt(vector, 1);
+  DependencyStore::eraseAt(vector, 5);
+  EXPECT_EQ(linesOf(vector), (Lines{"x", "z"}));
+}
+
+TEST_F(ServicesTest, AScriptRunsInItsDirectoryWithItsArgumentAndLeavesNoFile) {
+  ScriptRunner script;
+  EXPECT_FALSE(script.hasLines());
+  script.push_back("echo \"$# $* $(pwd)\" >>log");
+  EXPECT_TRUE(script.run("", root) && script.run("-x", root));
+  EXPECT_EQ(read(root + "/log"), "0  " + root + "\n1 -x " + root + "\n");
+  EXPECT_FALSE(FileSystem::instance().exists(TempArea::instance().getPath() + "/script", false));
+  TempArea::instance().create((root + "/none").c_str(), "");
+  EXPECT_FALSE(script.run("", root));
+}
+
+TEST(Dialog, TheMenuKeepsItsItemsAndHeightUntilToldOtherwise) {
+  MenuDialog menu;
+  menu.addItem("t", "i");
+  menu.clearItems();
+  menu.setHeight(7);
+  EXPECT_EQ(menu.items.size() + menu.height, 7u);
+}
