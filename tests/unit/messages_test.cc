@@ -13,8 +13,8 @@ TEST_F(MessagesTest, PrintersFrameTheirSentencesAndComplainAboutWrongCounts) {
                               "WarningFileChanged=changed [ARG]\nMessageUpgrading=[ARG] to [ARG]\n"
                               "MessageShowWarnDirs=links\nMessageDeletingFile=del [ARG]\n"
                               "HelpRemovezet=help [ARG]\nMessagePackageDescription=About:\n"));
-  setColors(16, 99, 2);
-  EXPECT_EQ(errorColor + warningColor, "");
+  setColors(16, 16, 16);
+  EXPECT_EQ(errorColor + warningColor + messageColor, "");
   setColors(1, 14, 15);
   EXPECT_EQ(colorEscape(2) + colorEscape(16), "\033[0;31m");
   colorsEnabled = true;

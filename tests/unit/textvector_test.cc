@@ -55,7 +55,11 @@ TEST(TextVector, EditingKeepsOrderAndComparesWholeStrings) {
   EXPECT_EQ(linesOf(TextVector::difference(vectorOf({"x", "ab", "y", "x"}), vector)),
             (Lines{"x", "y", "x"}));
   TextVector some = vectorOf({"c", "ab", "d", "", "c"});
+  char* const dropped[] = {some[1], some[3]};
   EXPECT_TRUE(some.removeAll(vector));
+  // A removed string is abandoned, not freed: a caller may still hold it.
+  EXPECT_STREQ(dropped[0], "ab");
+  for (char* text : dropped) free(text);
   some.pop_back();
   some.push_back("xyz", 2);
   some.push_back("q", 3);
