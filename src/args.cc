@@ -4,8 +4,12 @@
 
 #include "constants.h"
 
+namespace {
+
 // Set once a plain word has been seen; a further plain word after an option is then refused.
-static bool optionsAfterArgument = false;
+bool optionsAfterArgument = false;
+
+}  // namespace
 
 Args& Args::instance() {
   static Args args;
@@ -48,7 +52,7 @@ bool Args::parse(int argc, char** argv) {
     } else if (!option && !pending && !optionsAfterArgument) {
       arguments.push_back(word);
     } else {
-      ZET_ASSERT(0 && "This code should'n be executed!");
+      ZET_ASSERT(0 && "This code should'n be executed!", "bool Args::parse(int, char**)");
     }
   }
   if (pending) return false;
@@ -71,7 +75,9 @@ Args::Option& Args::getOption(std::string name) {
   for (Option& option : options) {
     if (option.name == name) return option;
   }
-  ZET_ASSERT(0 && "Can't find option. Try optionExists() before using this function.");
+  ZET_ASSERT(0 && "Can't find option. Try optionExists() before using this function.",
+             "Args::Option& Args::getOption(std::basic_string<char, std::char_traits<char>, "
+             "std::allocator<char> >)");
 }
 
 std::string Args::getValue(const std::string& name) {

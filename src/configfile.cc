@@ -4,10 +4,14 @@
 
 #include "textvector.h"
 
-static bool isSectionHeader(const char* line) {
+namespace {
+
+bool isSectionHeader(const char* line) {
   const size_t length = strlen(line);
   return length >= 2 && line[0] == '[' && line[length - 1] == ']';
 }
+
+}  // namespace
 
 // One token list serves the whole file and is never emptied, so once a line has pushed
 // the count past 2 no later assignment is taken.

@@ -72,7 +72,9 @@ enum ExitStatus : int {
 
 // An assertion that no build switches off: the states it guards must stop the program
 // in every build users install, Release included, so it does not depend on NDEBUG. It
-// prints what the standard assertion prints, then aborts.
+// prints what the standard assertion prints, then aborts. The function is named by the
+// caller, spelled as users have always seen it, and the unit by its file name alone, so
+// that neither the compiler nor the build directory changes the message or the binary.
 [[noreturn]] inline void zetAssertFail(const char* expression, const char* file, unsigned line,
                                        const char* function) {
   fprintf(stderr, "%s: %s:%u: %s: Assertion `%s' failed.\n", program_invocation_short_name, file,
@@ -80,7 +82,7 @@ enum ExitStatus : int {
   abort();
 }
 
-#define ZET_ASSERT(expr) \
-  ((expr) ? static_cast<void>(0) : zetAssertFail(#expr, __FILE__, __LINE__, __PRETTY_FUNCTION__))
+#define ZET_ASSERT(expr, function) \
+  ((expr) ? static_cast<void>(0) : zetAssertFail(#expr, __FILE_NAME__, __LINE__, function))
 
 #endif

@@ -11,6 +11,12 @@
 
 namespace {
 
+// The installed set is listed, and its records are named, from "/" "/var/log/packages" "/":
+// under the root that gives root "/" "//var/log/packages/".
+std::string packagesListing() {
+  return std::string("/") + zet::PACKAGES_DIR + "/";
+}
+
 bool isDotEntry(const char* entry) {
   return std::strcmp(entry, ".") == 0 || std::strcmp(entry, "..") == 0;
 }
@@ -45,7 +51,8 @@ TextVector missingNames(const TextVector& required, const TextVector& provided) 
 // The entries of the deps directory, without those of the outgoing packages themselves.
 TextVector dependentCandidates(const TextVector& outgoing) {
   FileSystem& fileSystem = FileSystem::instance();
-  fileSystem.list(std::string("/") + zet::DEPS_DIR + "/", true);
+  // Under the root this is root "/" "/var/log/deps/": one slash fewer than the packages.
+  fileSystem.list(std::string(zet::DEPS_DIR) + "/", true);
   TextVector candidates(fileSystem.entries());
   for (int i = 0; i < static_cast<int>(candidates.size()); ++i) {
     // A name twice in `outgoing` steps the index back twice, even below the first entry.
@@ -63,12 +70,12 @@ TextVector dependentCandidates(const TextVector& outgoing) {
 
 // The short name of each candidate whose deps file names an outgoing package, each once.
 TextVector dependentNames(const TextVector& candidates, const TextVector& outgoing) {
-  const std::string depsDir = FileSystem::instance().getRoot() + "/" + zet::DEPS_DIR + "/";
+  const std::string root = FileSystem::instance().getRoot();
   TextVector dependents;
   for (unsigned i = 0; i < candidates.size(); ++i) {
     PackageName parsed;
     if (!parsed.parse(candidates[i])) continue;
-    const TextFile lines((depsDir + candidates[i]).c_str());
+    const TextFile lines(FileSystem::databasePath(root, zet::DEPS_DIR, candidates[i]).c_str());
     for (unsigned j = 0; j < outgoing.size(); ++j) {
       if (lines.find(outgoing[j]) >= 0 && dependents.find(parsed.name.c_str()) < 0) {
         dependents.push_back(parsed.name.c_str());
@@ -82,7 +89,7 @@ TextVector dependentNames(const TextVector& candidates, const TextVector& outgoi
 
 void DependencyStore::loadInstalled() {
   FileSystem& fileSystem = FileSystem::instance();
-  fileSystem.list(std::string("/") + zet::PACKAGES_DIR + "/", true);
+  fileSystem.list(packagesListing(), true);
   installed = fileSystem.entries();
 }
 
@@ -97,11 +104,7 @@ TextVector DependencyStore::resolve(int mode) {
 }
 
 void DependencyStore::eraseAt(TextVector& vector, int index) {
-  TextVector rest;
-  for (unsigned i = 0; i < vector.size(); ++i) {
-    if (static_cast<int>(i) != index) rest.push_back(vector[i]);
-  }
-  vector = rest;
+  vector.erase(index);
 }
 
 // One set of the paths that no other record has listed yet, so each line of the database costs
@@ -111,12 +114,13 @@ TextVector DependencyStore::sharedFiles(TextVector files, const char* ownName) {
   std::unordered_set<std::string_view> unclaimed;
   for (unsigned i = 0; i < files.size(); ++i) unclaimed.insert(files[i]);
 
-  const std::string packagesDir = FileSystem::instance().getRoot() + "/" + zet::PACKAGES_DIR + "/";
+  const std::string root = FileSystem::instance().getRoot();
   for (unsigned i = 0; i < installed.size(); ++i) {
     if (std::strcmp(installed[i], ownName) == 0) continue;
     // "." and ".." and unreadable records simply list nothing.
     PackageRecord::forEachListedFile(
-        packagesDir + installed[i], [&unclaimed](std::string_view path) { unclaimed.erase(path); });
+        FileSystem::databasePath(root, zet::PACKAGES_DIR, installed[i]),
+        [&unclaimed](std::string_view path) { unclaimed.erase(path); });
   }
 
   TextVector shared;
@@ -127,7 +131,7 @@ TextVector DependencyStore::sharedFiles(TextVector files, const char* ownName) {
 }
 
 std::string DependencyStore::installedPath(const char* name) {
-  const std::string prefix = std::string("/") + zet::PACKAGES_DIR + "/";
+  const std::string prefix = packagesListing();
   for (unsigned i = 0; i < installed.size(); ++i) {
     PackageName parsed;
     if (std::strcmp(installed[i], name) == 0 ||

@@ -34,6 +34,8 @@ class DependencyStore {
   // `name`; empty when none. The root is not included.
   std::string installedPath(const char* name);
   bool isInstalled(const char* name) { return !installedPath(name).empty(); }
+  // The listing that loadInstalled() took.
+  const TextVector& installedEntries() const { return installed; }
   // The first entry whose short name is `name`; empty when none.
   std::string fullNameOf(const std::string& name);
 

@@ -8,8 +8,12 @@
 #include "constants.h"
 #include "textvector.h"
 
+namespace {
+
 // The first line of a value is kept to this many bytes.
-static const unsigned MAX_VALUE_LENGTH = 65536;
+const unsigned MAX_VALUE_LENGTH = 65536;
+
+}  // namespace
 
 Lang& Lang::instance() {
   static Lang lang;

@@ -5,7 +5,6 @@
 // taken and the group carries out the operation.
 #include <unistd.h>
 
-#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <string>
@@ -43,13 +42,216 @@ struct Settings {
   bool showDeps = false;
 };
 
-static Settings settings;
+void printList(TextVector list);
+
+namespace {
+
+Settings settings;
 
 // Every refusal of the command line looks the same, whichever word was wrong.
-[[noreturn]] static void badLine() {
+[[noreturn]] void badLine() {
   printError(ErrorBadArgumentLine);
   leaveRun(ExitBadCommandLine);
 }
+
+bool given(const char* name) {
+  return Args::instance().optionExists(name, true);
+}
+
+// The operation of a general name comes from exactly one of the operation or help options.
+PackageGroup::OperationType operationFromOptions() {
+  int count = 0;
+  for (const char* name : {"install", "i", "remove", "r", "upgrade", "u", "help", "h"}) {
+    if (given(name)) ++count;
+  }
+  if (count != 1) badLine();
+  if (given("install") || given("i")) return PackageGroup::OperationInstall;
+  if (given("remove") || given("r")) return PackageGroup::OperationRemove;
+  if (given("upgrade") || given("u")) return PackageGroup::OperationUpgrade;
+  if (given("help") || given("h")) return PackageGroup::OperationNone;
+  ZET_ASSERT("Error in args parse" && 0, "void parseArgs(int, char**)");
+  return PackageGroup::OperationNone;
+}
+
+HelpType helpFor(PackageGroup::OperationType operation) {
+  switch (operation) {
+    case PackageGroup::OperationInstall:
+      return HelpInstallzet;
+    case PackageGroup::OperationRemove:
+      return HelpRemovezet;
+    case PackageGroup::OperationUpgrade:
+      return HelpUpgradezet;
+    default:
+      return HelpZet;
+  }
+}
+
+void applyPriority(const std::string& value) {
+  if (value == "ADD") settings.priority = TagAdd;
+  if (value == "REC") settings.priority = TagRec;
+  if (value == "OPT") settings.priority = TagOpt;
+  if (value == "SKP") settings.priority = TagSkip;
+}
+
+// Order matters: "deps" beats "nodeps", and "warn" and "copy" beat "deps".
+void applyFlags() {
+  Args& args = Args::instance();
+  if (given("nodeps")) settings.nodeps = true;
+  if (given("deps")) settings.nodeps = false;
+  if (given("infobox")) settings.infobox = true;
+  if (given("menu")) settings.menu = true;
+  if (given("ask")) settings.ask = true;
+  if (given("force")) settings.force = true;
+  if (given("warn")) settings.warn = settings.nodeps = true;
+  if (given("preserve")) settings.preserve = true;
+  if (given("copy")) settings.nodeps = settings.warn = settings.preserve = true;
+  if (given("debug")) DebugLog::instance().enabled = true;
+  if (given("install-new")) settings.installNew = true;
+  if (given("reinstall")) settings.reinstall = true;
+  if (given("with-deps")) settings.withDeps = true;
+  if (given("lang")) loadLanguage(args.getValue("lang"));
+  if (given("show-deps")) settings.showDeps = true;
+}
+
+// Drops, without a word, each word whose package the tag file marks "SKP".
+void filterByTagFile() {
+  TagFile tags;
+  const std::string path = settings.tagfile.empty() ? DEFAULT_TAGFILE : settings.tagfile;
+  if (!tags.load(path.c_str())) return;
+  std::vector<std::string>& words = Args::instance().getArguments();
+  unsigned index = 0;
+  while (index < words.size()) {
+    PackageName parsed;
+    const std::string base = FileSystem::stripExtension(FileSystem::baseName(words[index]));
+    if (parsed.parse(base) && tags.priority(parsed.name) == TagSkip) {
+      Args::instance().removeArgument(index);
+    } else {
+      ++index;
+    }
+  }
+}
+
+std::vector<std::string> permittedOptions(PackageGroup::OperationType operation) {
+  std::vector<std::string> allowed = {"deps", "nodeps", "lang", "no-colors", "show-deps"};
+  std::vector<std::string> own;
+  switch (operation) {
+    case PackageGroup::OperationInstall:
+      own = {"i",    "install", "warn",     "root",    "infobox",
+             "menu", "ask",     "priority", "tagfile", "force"};
+      break;
+    case PackageGroup::OperationRemove:
+      own = {"r", "remove", "warn", "preserve", "copy", "with-deps"};
+      break;
+    case PackageGroup::OperationUpgrade:
+      own = {"u", "upgrade", "install-new", "reinstall"};
+      break;
+    default:
+      break;
+  }
+  allowed.insert(allowed.end(), own.begin(), own.end());
+  return allowed;
+}
+
+// The function that the assertion of an unhandled load error names.
+constexpr const char* JOIN_PACKAGES = "PackageGroup joinPackages()";
+
+// Ends the run on a package that is not in the database or whose record cannot be read.
+// Returns on any other error, which the caller holds for a state that cannot occur.
+void leaveOnDatabaseError(const Package& package, const std::string& word) {
+  switch (package.lastError) {
+    case LoadRecordUnreadable:
+      // The database path as formed, doubled slashes and all.
+      printError(ErrorFileDoNotExist,
+                 FileSystem::databasePath(FileSystem::instance().getRoot(), PACKAGES_DIR, word));
+      leaveRun(ExitBadPackage);
+    case LoadNotInstalled:
+      printError(ErrorPackageNotInstalled, word);
+      leaveRun(ExitBadPackage);
+    default:
+      return;
+  }
+}
+
+// Ends the run on a package file that cannot be loaded. Returns on any other error: an
+// archive without install/, which the loader has reported already, then stops the run on the
+// caller's assertion and leaves the scratch directory behind.
+void leaveOnFileError(const Package& package, const std::string& word) {
+  switch (package.lastError) {
+    case LoadExtractFailed:
+    case LoadListFailed:
+      printError(ErrorUnknownTar);
+      leaveRun(ExitTarFailed);
+    case LoadBadName:
+      printError(ErrorNotValidPackageName, word);
+      leaveRun(ExitBadPackage);
+    case LoadNoFile:
+      printError(ErrorFileDoNotExist, word);
+      leaveRun(ExitNoPackageFile);
+    case LoadSizeInfoBad:
+      printError(ErrorUnknownGzip);
+      leaveRun(ExitGzipFailed);
+    default:
+      return;
+  }
+}
+
+// Everything below the front end learns the options from the group.
+void configureGroup(PackageGroup& group) {
+  group.infobox = settings.infobox;
+  group.menu = settings.menu;
+  group.ask = settings.ask;
+  group.priority = settings.priority;
+  group.warn = settings.warn;
+  group.preserve = settings.preserve;
+  group.force = settings.force;
+  group.installNew = settings.installNew;
+  group.reinstall = settings.reinstall;
+  group.withDeps = settings.withDeps;
+  // Read a second time, after the command-line filter; a file that cannot be read is no error.
+  group.loadTagFile(settings.tagfile.empty() ? DEFAULT_TAGFILE : settings.tagfile);
+}
+
+// The dependency verdict. On removal "show-deps" neither silences the error nor spares the
+// refusal: only "with-deps" lets such a run go on, and then the list says what goes too.
+void judgeDependencies(PackageGroup::OperationType operation, const TextVector& missing) {
+  if (missing.size() == 0) return;
+  if (operation == PackageGroup::OperationInstall || operation == PackageGroup::OperationUpgrade) {
+    if (!settings.showDeps) {
+      printError(ErrorDepsNotMet);
+      printList(missing);
+      leaveRun(ExitDepsFailed);
+    }
+    printList(missing);
+  }
+  if (operation == PackageGroup::OperationRemove) {
+    printError(ErrorDepsRequired);
+    printList(missing);
+    if (!settings.withDeps) leaveRun(ExitDepsFailed);
+  }
+}
+
+bool isOperation(PackageGroup::OperationType operation) {
+  return operation == PackageGroup::OperationInstall ||
+         operation == PackageGroup::OperationRemove || operation == PackageGroup::OperationUpgrade;
+}
+
+void checkTools() {
+  for (const char* tool : {GZIP_TOOL, TAR_TOOL, DIALOG_TOOL}) {
+    // A missing tool is reported and the run goes on: help needs none of them.
+    if (!FileSystem::instance().exists(tool, false)) printError(ErrorRequiredAppDoNotExists, tool);
+  }
+}
+
+void makeDatabaseDirectories() {
+  FileSystem& fs = FileSystem::instance();
+  fs.makePath(fs.getRoot(), false);
+  for (const char* dir : {VAR_DIR, LOG_DIR, PACKAGES_DIR, SCRIPTS_DIR, POSTINST_DIR, BUILD_DIR,
+                          DEPS_DIR, SETUP_DIR, SETUP_TMP_DIR, PRESERVED_DIR}) {
+    fs.makeDir(dir, true);
+  }
+}
+
+}  // namespace
 
 void readConfiguration() {
   ConfigFile config;
@@ -80,104 +282,6 @@ void buildOptionTable() {
   Args& args = Args::instance();
   args.clear();
   for (const auto& row : table) args.addOption(row.name, row.takesValue);
-}
-
-static bool given(const char* name) {
-  return Args::instance().optionExists(name, true);
-}
-
-// The operation of a general name comes from exactly one of the operation or help options.
-static PackageGroup::OperationType operationFromOptions() {
-  int count = 0;
-  for (const char* name : {"install", "i", "remove", "r", "upgrade", "u", "help", "h"}) {
-    if (given(name)) ++count;
-  }
-  if (count != 1) badLine();
-  if (given("install") || given("i")) return PackageGroup::OperationInstall;
-  if (given("remove") || given("r")) return PackageGroup::OperationRemove;
-  if (given("upgrade") || given("u")) return PackageGroup::OperationUpgrade;
-  if (given("help") || given("h")) return PackageGroup::OperationNone;
-  ZET_ASSERT("Error in args parse" && 0);
-  return PackageGroup::OperationNone;
-}
-
-static HelpType helpFor(PackageGroup::OperationType operation) {
-  switch (operation) {
-    case PackageGroup::OperationInstall:
-      return HelpInstallzet;
-    case PackageGroup::OperationRemove:
-      return HelpRemovezet;
-    case PackageGroup::OperationUpgrade:
-      return HelpUpgradezet;
-    default:
-      return HelpZet;
-  }
-}
-
-static void applyPriority(const std::string& value) {
-  if (value == "ADD") settings.priority = TagAdd;
-  if (value == "REC") settings.priority = TagRec;
-  if (value == "OPT") settings.priority = TagOpt;
-  if (value == "SKP") settings.priority = TagSkip;
-}
-
-// Order matters: "deps" beats "nodeps", and "warn" and "copy" beat "deps".
-static void applyFlags() {
-  Args& args = Args::instance();
-  if (given("nodeps")) settings.nodeps = true;
-  if (given("deps")) settings.nodeps = false;
-  if (given("infobox")) settings.infobox = true;
-  if (given("menu")) settings.menu = true;
-  if (given("ask")) settings.ask = true;
-  if (given("force")) settings.force = true;
-  if (given("warn")) settings.warn = settings.nodeps = true;
-  if (given("preserve")) settings.preserve = true;
-  if (given("copy")) settings.nodeps = settings.warn = settings.preserve = true;
-  if (given("debug")) DebugLog::instance().enabled = true;
-  if (given("install-new")) settings.installNew = true;
-  if (given("reinstall")) settings.reinstall = true;
-  if (given("with-deps")) settings.withDeps = true;
-  if (given("lang")) loadLanguage(args.getValue("lang"));
-  if (given("show-deps")) settings.showDeps = true;
-}
-
-// Drops, without a word, each word whose package the tag file marks "SKP".
-static void filterByTagFile() {
-  TagFile tags;
-  const std::string path = settings.tagfile.empty() ? DEFAULT_TAGFILE : settings.tagfile;
-  if (!tags.load(path.c_str())) return;
-  std::vector<std::string>& words = Args::instance().getArguments();
-  unsigned index = 0;
-  while (index < words.size()) {
-    PackageName parsed;
-    const std::string base = FileSystem::stripExtension(FileSystem::baseName(words[index]));
-    if (parsed.parse(base) && tags.priority(parsed.name) == TagSkip) {
-      Args::instance().removeArgument(index);
-    } else {
-      ++index;
-    }
-  }
-}
-
-static std::vector<std::string> permittedOptions(PackageGroup::OperationType operation) {
-  std::vector<std::string> allowed = {"deps", "nodeps", "lang", "no-colors", "show-deps"};
-  std::vector<std::string> own;
-  switch (operation) {
-    case PackageGroup::OperationInstall:
-      own = {"i",    "install", "warn",     "root",    "infobox",
-             "menu", "ask",     "priority", "tagfile", "force"};
-      break;
-    case PackageGroup::OperationRemove:
-      own = {"r", "remove", "warn", "preserve", "copy", "with-deps"};
-      break;
-    case PackageGroup::OperationUpgrade:
-      own = {"u", "upgrade", "install-new", "reinstall"};
-      break;
-    default:
-      break;
-  }
-  allowed.insert(allowed.end(), own.begin(), own.end());
-  return allowed;
 }
 
 void parseArgs(int argc, char** argv) {
@@ -213,47 +317,6 @@ void parseArgs(int argc, char** argv) {
   if (!args.onlyAllowed(permittedOptions(settings.operation))) badLine();
 }
 
-// A package that is not in the database, or whose record cannot be read, ends the run.
-static void failDatabaseLoad(const Package& package, const std::string& word) {
-  switch (package.lastError) {
-    case LoadRecordUnreadable:
-      // The database path as formed, doubled slashes and all.
-      printError(ErrorFileDoNotExist,
-                 FileSystem::instance().getRoot() + "/" + PACKAGES_DIR + "/" + word);
-      leaveRun(ExitBadPackage);
-    case LoadNotInstalled:
-      printError(ErrorPackageNotInstalled, word);
-      leaveRun(ExitBadPackage);
-    default:
-      ZET_ASSERT("Unhandled error" && 0);
-  }
-}
-
-// A package file that cannot be loaded ends the run. An archive without install/ has been
-// reported by the loader already and stops on the assertion, leaving the scratch directory.
-static void failFileLoad(const Package& package, const std::string& word) {
-  if (static_cast<uint32_t>(package.lastError) > LoadSizeInfoBad) {
-    ZET_ASSERT("Unhandled error" && 0);
-  }
-  switch (package.lastError) {
-    case LoadExtractFailed:
-    case LoadListFailed:
-      printError(ErrorUnknownTar);
-      leaveRun(ExitTarFailed);
-    case LoadBadName:
-      printError(ErrorNotValidPackageName, word);
-      leaveRun(ExitBadPackage);
-    case LoadNoFile:
-      printError(ErrorFileDoNotExist, word);
-      leaveRun(ExitNoPackageFile);
-    case LoadSizeInfoBad:
-      printError(ErrorUnknownGzip);
-      leaveRun(ExitGzipFailed);
-    default:
-      ZET_ASSERT("Unhandled error" && 0);
-  }
-}
-
 // Loads every word before anything changes on the system, so one bad word stops the run
 // with nothing done. The packages live to the exit of the process.
 PackageGroup joinPackages() {
@@ -266,7 +329,8 @@ PackageGroup joinPackages() {
       Package* installed = new Package;
       // With install-new an upgrade goes on for a package that is not installed.
       if (!installed->loadFromDatabase(word) && !settings.installNew) {
-        failDatabaseLoad(*installed, word);
+        leaveOnDatabaseError(*installed, word);
+        ZET_ASSERT("Unhandled error" && 0, JOIN_PACKAGES);
       }
       entries.push_back(PackageGroup::Entry{installed, nullptr});
     }
@@ -280,7 +344,10 @@ PackageGroup joinPackages() {
         printError(ErrorPackageAlreadyInstalled, words[i]);
         leaveRun(ExitAlreadyInstalled);
       }
-      if (!package->loadFromFile(words[i])) failFileLoad(*package, words[i]);
+      if (!package->loadFromFile(words[i])) {
+        leaveOnFileError(*package, words[i]);
+        ZET_ASSERT("Unhandled error" && 0, JOIN_PACKAGES);
+      }
       if (operation == PackageGroup::OperationInstall) {
         entries.push_back(PackageGroup::Entry{package, nullptr});
       } else {
@@ -294,68 +361,12 @@ PackageGroup joinPackages() {
   return group;
 }
 
-// Everything below the front end learns the options from the group.
-static void configureGroup(PackageGroup& group) {
-  group.infobox = settings.infobox;
-  group.menu = settings.menu;
-  group.ask = settings.ask;
-  group.priority = settings.priority;
-  group.warn = settings.warn;
-  group.preserve = settings.preserve;
-  group.force = settings.force;
-  group.installNew = settings.installNew;
-  group.reinstall = settings.reinstall;
-  group.withDeps = settings.withDeps;
-  // Read a second time, after the command-line filter; a file that cannot be read is no error.
-  group.loadTagFile(settings.tagfile.empty() ? DEFAULT_TAGFILE : settings.tagfile);
-}
-
 void printList(TextVector list) {
   for (unsigned i = 0; i < list.size(); ++i) {
     fputs(list[i], stdout);
     fputs("\n", stdout);
   }
   fflush(stdout);
-}
-
-// The dependency verdict. On removal "show-deps" neither silences the error nor spares the
-// refusal: only "with-deps" lets such a run go on, and then the list says what goes too.
-static void judgeDependencies(PackageGroup::OperationType operation, const TextVector& missing) {
-  if (missing.size() == 0) return;
-  if (operation == PackageGroup::OperationInstall || operation == PackageGroup::OperationUpgrade) {
-    if (!settings.showDeps) {
-      printError(ErrorDepsNotMet);
-      printList(missing);
-      leaveRun(ExitDepsFailed);
-    }
-    printList(missing);
-  }
-  if (operation == PackageGroup::OperationRemove) {
-    printError(ErrorDepsRequired);
-    printList(missing);
-    if (!settings.withDeps) leaveRun(ExitDepsFailed);
-  }
-}
-
-static bool isOperation(PackageGroup::OperationType operation) {
-  return operation == PackageGroup::OperationInstall ||
-         operation == PackageGroup::OperationRemove || operation == PackageGroup::OperationUpgrade;
-}
-
-static void checkTools() {
-  for (const char* tool : {GZIP_TOOL, TAR_TOOL, DIALOG_TOOL}) {
-    // A missing tool is reported and the run goes on: help needs none of them.
-    if (!FileSystem::instance().exists(tool, false)) printError(ErrorRequiredAppDoNotExists, tool);
-  }
-}
-
-static void makeDatabaseDirectories() {
-  FileSystem& fs = FileSystem::instance();
-  fs.makePath(fs.getRoot(), false);
-  for (const char* dir : {VAR_DIR, LOG_DIR, PACKAGES_DIR, SCRIPTS_DIR, POSTINST_DIR, BUILD_DIR,
-                          DEPS_DIR, SETUP_DIR, SETUP_TMP_DIR, PRESERVED_DIR}) {
-    fs.makeDir(dir, true);
-  }
 }
 
 int main(int argc, char** argv) {

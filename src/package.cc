@@ -111,11 +111,6 @@ bool readSizes(Package& package, const std::string& sizeInfoPath) {
   return true;
 }
 
-std::string databasePath(const std::string& root, const char* directory,
-                         const std::string& fullName) {
-  return root + "/" + directory + "/" + fullName;
-}
-
 std::unordered_set<std::string> setOf(const TextVector& lines) {
   std::unordered_set<std::string> set;
   for (unsigned i = 0; i < lines.size(); ++i) set.insert(lines[i]);
@@ -321,6 +316,7 @@ bool Package::loadFromDatabase(std::string nameOrFile) {
   }
   const std::string root = FileSystem::instance().getRoot();
   PackageRecord record;
+  // The installed path begins with a slash of its own: root "/" "/var/log/packages/" entry.
   if (!record.read(root + "/" + store.installedPath(lookupName.c_str()))) {
     lastError = LoadRecordUnreadable;
     return false;
@@ -336,13 +332,13 @@ bool Package::loadFromDatabase(std::string nameOrFile) {
   files = record.files;
 
   // What install wrote has no empty lines, so none are dropped here.
-  deps.load((root + "/" + zet::DEPS_DIR + "/" + fullName).c_str());
+  deps.load(FileSystem::databasePath(root, zet::DEPS_DIR, fullName).c_str());
   stripBlanks(deps);
-  buildInfo.load((root + "/" + zet::BUILD_DIR + "/" + fullName).c_str());
+  buildInfo.load(FileSystem::databasePath(root, zet::BUILD_DIR, fullName).c_str());
   stripBlanks(buildInfo);
   fallBackToDefaultLanguage(*this);
-  doinstScript.load((root + "/" + zet::SCRIPTS_DIR + "/" + fullName).c_str());
-  postinstScript.load((root + "/" + zet::POSTINST_DIR + "/" + fullName).c_str());
+  doinstScript.load(FileSystem::databasePath(root, zet::SCRIPTS_DIR, fullName).c_str());
+  postinstScript.load(FileSystem::databasePath(root, zet::POSTINST_DIR, fullName).c_str());
   fromDatabase = true;
   return true;
 }
@@ -368,7 +364,7 @@ void Package::install() {
   fillRecord(record);
   // Written before the first file is unpacked, so that even a broken unpacking leaves the
   // package known to the database and removable.
-  record.write(databasePath(root, zet::PACKAGES_DIR, fullName));
+  record.write(FileSystem::databasePath(root, zet::PACKAGES_DIR, fullName));
 
   const std::string unpack =
       std::string(zet::TAR_TOOL) + " -xzlUpf " + location + " -C " + root + " 1>/dev/null";
@@ -381,17 +377,18 @@ void Package::install() {
 
   if (doinstScript.hasLines()) {
     doinstScript.run("-install", root);
-    doinstScript.save(databasePath(root, zet::SCRIPTS_DIR, fullName).c_str(), true);
+    doinstScript.save(FileSystem::databasePath(root, zet::SCRIPTS_DIR, fullName).c_str(), true);
   }
   if (postinstScript.hasLines()) {
     postinstScript.run("--afterinstall", root);
-    postinstScript.save(databasePath(root, zet::POSTINST_DIR, fullName).c_str(), true);
+    postinstScript.save(FileSystem::databasePath(root, zet::POSTINST_DIR, fullName).c_str(), true);
   }
   // Only files with lines are written, so an older file of the same name may stay.
   if (buildInfo.size() > 0) {
-    buildInfo.save(databasePath(root, zet::BUILD_DIR, fullName).c_str(), true);
+    buildInfo.save(FileSystem::databasePath(root, zet::BUILD_DIR, fullName).c_str(), true);
   }
-  if (deps.size() > 0) deps.save(databasePath(root, zet::DEPS_DIR, fullName).c_str(), true);
+  if (deps.size() > 0)
+    deps.save(FileSystem::databasePath(root, zet::DEPS_DIR, fullName).c_str(), true);
 }
 
 void Package::remove() {
@@ -415,14 +412,14 @@ void Package::remove() {
   // The record goes last: while any other entry is left, the package can still be found.
   for (const char* directory :
        {zet::DEPS_DIR, zet::BUILD_DIR, zet::SCRIPTS_DIR, zet::POSTINST_DIR, zet::PACKAGES_DIR}) {
-    fileSystem.remove(std::string(directory) + "/" + fullName, true);
+    fileSystem.remove(FileSystem::databaseEntry(directory, fullName), true);
   }
 }
 
 void Package::preserve() {
   FileSystem& fileSystem = FileSystem::instance();
   const std::string root = fileSystem.getRoot();
-  const std::string base = std::string(zet::PRESERVED_DIR) + "/" + fullName;
+  const std::string base = FileSystem::databaseEntry(zet::PRESERVED_DIR, fullName);
   fileSystem.makeDir(base, true);
   // One level at a time: the listing names each directory ahead of what lies in it.
   for (unsigned i = 0; i < files.size(); ++i) {
@@ -435,7 +432,8 @@ void Package::preserve() {
   }
   fileSystem.makeDir(base + "/install", true);
   // Always written, empty or not, so the tree has the layout of an unpacked package.
-  const std::string installDir = root + "/" + base + "/install";
+  const std::string installDir =
+      FileSystem::databasePath(root, zet::PRESERVED_DIR, fullName) + "/install";
   doinstScript.save((installDir + "/doinst.sh").c_str(), true);
   postinstScript.save((installDir + "/postinst.sh").c_str(), true);
   buildInfo.save((installDir + "/build").c_str(), true);
@@ -466,17 +464,17 @@ TextVector Package::symlinksInOtherPackages(const TextVector& links, const std::
                                             const std::string& root) {
   TextVector shared;
   if (links.size() == 0) return shared;
-  FileSystem& fileSystem = FileSystem::instance();
-  // Listed the way the dependency store lists the installed set.
-  fileSystem.list(std::string("/") + zet::PACKAGES_DIR + "/", true);
-  const TextVector installed(fileSystem.entries());
+  DependencyStore store;
+  store.loadInstalled();
+  const TextVector& installed = store.installedEntries();
 
   // One pass over the stored scripts; a package without one names nothing.
   std::unordered_set<std::string> named;
   for (unsigned i = 0; i < installed.size(); ++i) {
     if (fullName == installed[i]) continue;
     ScriptRunner script;
-    if (!script.load(databasePath(root, zet::SCRIPTS_DIR, installed[i]).c_str())) continue;
+    const std::string path = FileSystem::databasePath(root, zet::SCRIPTS_DIR, installed[i]);
+    if (!script.load(path.c_str())) continue;
     const FileList otherLinks = scriptSymlinks(script);
     for (unsigned j = 0; j < otherLinks.size(); ++j) named.insert(otherLinks[j]);
   }

@@ -188,7 +188,8 @@ TextVector PackageGroup::checkDeps(OperationType operation, bool) {
       return names;
     }
     default:
-      ZET_ASSERT("Unhandled operation type" && 0);
+      ZET_ASSERT("Unhandled operation type" && 0,
+                 "TextVector PackageGroup::checkDeps(PackageGroup::OperationType, bool)");
   }
 }
 
@@ -207,7 +208,8 @@ void PackageGroup::proceed(OperationType operation) {
         upgradePackage(*this, *entry.first, *entry.second);
         break;
       default:
-        ZET_ASSERT("Unhandled operation type" && 0);
+        ZET_ASSERT("Unhandled operation type" && 0,
+                   "void PackageGroup::proceed(PackageGroup::OperationType)");
     }
   }
 

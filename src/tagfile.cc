@@ -4,7 +4,9 @@
 
 #include "textvector.h"
 
-static bool tagOf(const char* literal, TagPriority& tag) {
+namespace {
+
+bool tagOf(const char* literal, TagPriority& tag) {
   static const struct {
     const char* literal;
     TagPriority tag;
@@ -17,6 +19,8 @@ static bool tagOf(const char* literal, TagPriority& tag) {
   }
   return false;
 }
+
+}  // namespace
 
 bool TagFile::load(const char* path) {
   TextFile lines;

@@ -26,7 +26,8 @@ bool TextVector::operator=(const TextVector& other) {
 
 void TextVector::push_back(const char* text, unsigned int length) {
   char* copy = static_cast<char*>(malloc(length + 1));
-  if (copy == nullptr) ZET_ASSERT(0 && "Low memory");
+  if (copy == nullptr)
+    ZET_ASSERT(0 && "Low memory", "void TextVector::push_back(const char*, unsigned int)");
   // Copies as strncpy does, filling a shorter text up with NUL, plus the terminator.
   const size_t copied = strnlen(text, length);
   memcpy(copy, text, copied);
