@@ -10,7 +10,6 @@
 #include <unordered_map>
 
 #include "constants.h"
-#include "filelist.h"
 #include "filesystem.h"
 #include "package.h"
 #include "packagerecord.h"

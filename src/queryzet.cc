@@ -28,7 +28,7 @@ enum QueryExit : int {
 
 int status = QueryExitAnswered;
 
-void raise(int exitStatus) {
+void raiseStatus(int exitStatus) {
   status = std::max(status, exitStatus);
 }
 
@@ -46,7 +46,7 @@ void printLine(const std::string& line) {
 void complain(const std::string& sentence, int exitStatus) {
   fflush(stdout);
   printError(sentence);
-  raise(exitStatus);
+  raiseStatus(exitStatus);
 }
 
 void reportProblem(const Query::Problem& problem) {
@@ -126,7 +126,7 @@ void answerVerify(Query& query, const std::vector<std::string>& names) {
   for (const std::string& fullName : packages) {
     query.verify(fullName, [&fullName](const std::string& path) {
       printLine(fullName + ": " + path);
-      raise(QueryExitNegative);
+      raiseStatus(QueryExitNegative);
     });
   }
 }
