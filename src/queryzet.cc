@@ -74,7 +74,7 @@ std::vector<std::string> packagesOf(const Query& query, const std::vector<std::s
   return packages;
 }
 
-void answerList(Query& query, const std::vector<std::string>& patterns) {
+void answerList(const Query& query, const std::vector<std::string>& patterns) {
   if (patterns.empty()) {
     for (const std::string& fullName : query.installed()) printLine(fullName);
     return;
@@ -82,14 +82,15 @@ void answerList(Query& query, const std::vector<std::string>& patterns) {
   std::set<std::string> chosen;
   for (const std::string& pattern : patterns) {
     const std::vector<std::string> found = query.match(pattern);
-    if (found.empty())
+    if (found.empty()) {
       complain(Lang::instance().get("QueryErrorNoMatch", pattern), QueryExitNotInstalled);
+    }
     chosen.insert(found.begin(), found.end());
   }
   for (const std::string& fullName : chosen) printLine(fullName);
 }
 
-void answerInfo(Query& query, const std::vector<std::string>& names) {
+void answerInfo(const Query& query, const std::vector<std::string>& names) {
   bool first = true;
   for (const std::string& fullName : packagesOf(query, names)) {
     const std::optional<Query::Info> info = query.info(fullName);
@@ -105,11 +106,11 @@ void answerInfo(Query& query, const std::vector<std::string>& names) {
   }
 }
 
-void answerFiles(Query& query, const std::vector<std::string>& names) {
+void answerFiles(const Query& query, const std::vector<std::string>& names) {
   for (const std::string& fullName : packagesOf(query, names)) query.files(fullName, printLine);
 }
 
-void answerOwner(Query& query, const std::vector<std::string>& paths) {
+void answerOwner(const Query& query, const std::vector<std::string>& paths) {
   const std::vector<std::vector<Query::Owner>> owners = query.owners(paths);
   for (size_t i = 0; i < paths.size(); ++i) {
     for (const Query::Owner& owner : owners[i]) printLine(owner.fullName + ": " + owner.path);
@@ -120,7 +121,7 @@ void answerOwner(Query& query, const std::vector<std::string>& paths) {
   }
 }
 
-void answerVerify(Query& query, const std::vector<std::string>& names) {
+void answerVerify(const Query& query, const std::vector<std::string>& names) {
   const std::vector<std::string> packages =
       names.empty() ? query.installed() : packagesOf(query, names);
   for (const std::string& fullName : packages) {
@@ -131,7 +132,7 @@ void answerVerify(Query& query, const std::vector<std::string>& names) {
   }
 }
 
-void answerDepends(Query& query, const std::vector<std::string>& names) {
+void answerDepends(const Query& query, const std::vector<std::string>& names) {
   for (const std::string& fullName : packagesOf(query, names)) {
     for (const Query::Dependency& dependency : query.depends(fullName)) {
       printMessage(dependency.providers.empty()
@@ -142,7 +143,7 @@ void answerDepends(Query& query, const std::vector<std::string>& names) {
   }
 }
 
-void answerRdepends(Query& query, const std::vector<std::string>& names) {
+void answerRdepends(const Query& query, const std::vector<std::string>& names) {
   for (const std::string& fullName : packagesOf(query, names)) {
     for (const std::string& dependant : query.rdepends(fullName)) printLine(dependant);
   }
@@ -152,7 +153,7 @@ void answerRdepends(Query& query, const std::vector<std::string>& names) {
 const struct Question {
   const char* option;
   bool needsWords;
-  void (*answer)(Query&, const std::vector<std::string>&);
+  void (*answer)(const Query&, const std::vector<std::string>&);
 } QUESTIONS[] = {
     {"list", false, answerList},        {"info", true, answerInfo},
     {"files", true, answerFiles},       {"owner", true, answerOwner},
