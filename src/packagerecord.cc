@@ -100,17 +100,19 @@ bool PackageRecord::read(const std::string& path) {
   return true;
 }
 
-bool PackageRecord::forEachListedFile(const std::string& path,
-                                      const std::function<void(std::string_view)>& visit) {
+PackageRecord::Listing PackageRecord::forEachListedFile(
+    const std::string& path, const std::function<void(std::string_view)>& visit) {
   const std::string_view label = FILE_LIST_LABEL;
   bool listing = false;
-  return TextFile::forEachLine(path.c_str(), [&](std::string_view line) {
+  const bool opened = TextFile::forEachLine(path.c_str(), [&](std::string_view line) {
     if (listing) {
       visit(line);
     } else {
       listing = line.substr(0, label.size()) == label;
     }
   });
+  if (!opened) return Listing::Unreadable;
+  return listing ? Listing::Found : Listing::Missing;
 }
 
 bool PackageRecord::write(const std::string& path) {

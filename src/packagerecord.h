@@ -32,11 +32,14 @@ class PackageRecord {
   void clear();
   // True when the file could be opened, whatever it held.
   bool read(const std::string& path);
+  // What a look for the file list of a record found.
+  enum class Listing { Unreadable, Missing, Found };
   // Hands `visit` every path that read() would put in `files`, without building a record:
   // each line once, where a second "FILE LIST:" makes read() list the rest again. For callers
-  // that only ask whether a path is listed. False when the file cannot be opened.
-  static bool forEachListedFile(const std::string& path,
-                                const std::function<void(std::string_view)>& visit);
+  // that only ask whether a path is listed. Missing tells a record without a "FILE LIST:"
+  // line, which no install writes, from one that lists nothing.
+  static Listing forEachListedFile(const std::string& path,
+                                   const std::function<void(std::string_view)>& visit);
   // False when the file was written, true when it could not be.
   bool write(const std::string& path);
 

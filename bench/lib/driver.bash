@@ -25,6 +25,13 @@ cc -O2 -o "$W/floor-remove" "$lib/floor-remove.c"
 
 rows=()
 row() { rows+=("$(printf '%-58s %9s %8s' "$1" "$2" "$3")"); }
+print_table() {
+  echo
+  printf '%-58s %9s %8s\n' "what (medians of $runs runs)" "ms" "ratio"
+  printf '%s\n' "${rows[@]}"
+  echo
+  echo "ratio: the first row of each block divided by that row; ratios above 1 mean zet is slower."
+}
 
 # --- 1. One removal against a database of 1,500 records --------------------------------
 log "synthetic database: generating"
@@ -115,9 +122,59 @@ zrm=$(median "${zr[@]}") frm=$(median "${fr[@]}")
 row "removezet --nodeps (2,000 files; 1,500 records, 300k lines)" "$zrm" "$(ratio "$zrm" "$frm")"
 row "  floor: one C process, same reads and unlinks" "$frm" "1.00"
 row "  peak memory of removezet (max RSS, KiB)" "$rss" ""
+
+# --- queryzet against the same database ---------------------------------------------------
+# The big package is back, and, untimed, so are the files and links of every small one, so
+# that --verify checks a whole system and finds nothing missing.
+log "queryzet: placing the files and links of the small packages"
+place_big
+awk '/^FILE LIST:$/ { on = 1; next } on' /var/log/packages/zb-pkg* >"$W/small-files"
+grep '/$' "$W/small-files" | sort -u | (cd / && xargs mkdir -p)
+grep -v '/$' "$W/small-files" | (cd / && xargs touch)
+sed -n 's|^( cd \(.*\) ; rm -rf \(.*\) )$|/\1/\2|p' /var/log/scripts/zb-pkg* >"$W/small-links"
+while read -r link; do ln -s target "$link"; done <"$W/small-links"
+# 99 files of small packages and one of the big one.
+owned=(/usr/share/zbench/d10/file-050.dat)
+for ((p = 15; p <= 1499; p += 15)); do owned+=("$(printf '/usr/share/doc/zb-pkg%04d/file-001.txt' "$p")"); done
+cc -O2 -o "$W/floor-query" "$lib/floor-query.c"
+# timed ARRAY CMD...: runs CMD, appends its wall time to ARRAY in ms to a tenth, and gives
+# its status. The clock is read without starting a process, so that short rows stay exact.
+timed() {
+  local -n into=$1
+  shift
+  local start=${EPOCHREALTIME/./} status=0
+  "$@" || status=$?
+  local end=${EPOCHREALTIME/./}
+  into+=("$(awk -v us=$((end - start)) 'BEGIN { printf "%.1f", us / 1000 }')")
+  return "$status"
+}
+qc=() qr=() qo=() qf=() qv=()
+for ((r = 1; r <= runs; r++)); do
+  sync; timed qc cat /var/log/packages/* >/dev/null
+  sync; timed qr "$W/floor-query" read
+  sync; timed qo queryzet --owner "${owned[@]}" >"$W/owners"
+  [[ $(wc -l <"$W/owners") == 100 ]] || { log "queryzet --owner did not find 100 owners"; exit 1; }
+  sync; timed qf "$W/floor-query" verify || { log "the floor found something missing"; exit 1; }
+  sync; timed qv queryzet --verify >"$W/missing" || { log "queryzet --verify found something missing"; exit 1; }
+done
+/usr/bin/time -v -o "$W/time-o" queryzet --owner "${owned[@]}" >/dev/null
+/usr/bin/time -v -o "$W/time-q" queryzet --verify >/dev/null
+rsso=$(awk -F': ' '/Maximum resident set size/{print $2}' "$W/time-o")
+rssq=$(awk -F': ' '/Maximum resident set size/{print $2}' "$W/time-q")
+qcm=$(median "${qc[@]}") qrm=$(median "${qr[@]}") qom=$(median "${qo[@]}")
+qfm=$(median "${qf[@]}") qvm=$(median "${qv[@]}")
+row "queryzet --owner, 100 paths (1,500 records, 300k lines)" "$qom" "1.00"
+row "  cat of every record" "$qcm" "$(ratio "$qom" "$qcm")"
+row "  floor: one C process, the reads alone" "$qrm" "$(ratio "$qom" "$qrm")"
+row "queryzet --verify of every package (300k paths, 519 links)" "$qvm" "1.00"
+row "  floor: one C process, the same reads, an lstat a path" "$qfm" "$(ratio "$qvm" "$qfm")"
+row "  peak memory of queryzet --owner, --verify (max RSS, KiB)" "$rsso, $rssq" ""
+rm -rf /usr/share/doc/zb-pkg*
+xargs rm -f <"$W/small-links"
 umount /var/log /usr/share/zbench
 
 # --- 2. Installing and removing a corpus of real packages -------------------------------
+((${#debs[@]} > 0)) || { print_table; exit 0; }
 mount -t tmpfs varlog /var/log
 log "corpus: converting ${#debs[@]} Debian packages"
 bash -x "$lib/convert.bash" "$W/pkgs" "${debs[@]}" 2>"$W/convert.log" ||
@@ -185,8 +242,4 @@ row "removezet --nodeps, $n packages in one run, on /" "$zxm" "1.00"
 row "  (a) floor: rm -rf of the floor folder" "$axm" "$(ratio "$zxm" "$axm")"
 row "  (c) dpkg --purge of the $n packages, one run" "$dxm" "$(ratio "$zxm" "$dxm")"
 
-echo
-printf '%-58s %9s %8s\n' "what (medians of $runs runs)" "ms" "ratio"
-printf '%s\n' "${rows[@]}"
-echo
-echo "ratio: the first row of each block divided by that row; ratios above 1 mean zet is slower."
+print_table

@@ -73,9 +73,13 @@ TEST_F(PackageRecordTest, ReadKeepsItsOddRules) {
     EXPECT_EQ(descriptions, row.descriptions) << row.text;
     // Each line once: a second label does not list the rest again.
     Lines listed;
-    EXPECT_TRUE(PackageRecord::forEachListedFile(
-        root + "/r", [&listed](std::string_view path) { listed.emplace_back(path); }));
+    EXPECT_EQ(PackageRecord::forEachListedFile(
+                  root + "/r", [&listed](std::string_view path) { listed.emplace_back(path); }),
+              std::string(row.text).find("FILE LIST:") == std::string::npos
+                  ? PackageRecord::Listing::Missing
+                  : PackageRecord::Listing::Found);
     EXPECT_EQ(listed, row.files.empty() ? Lines{} : late) << row.text;
   }
-  EXPECT_FALSE(PackageRecord::forEachListedFile(root + "/none", [](std::string_view) {}));
+  EXPECT_EQ(PackageRecord::forEachListedFile(root + "/none", [](std::string_view) {}),
+            PackageRecord::Listing::Unreadable);
 }

@@ -1,0 +1,211 @@
+// The driver of queryzet: reads the command line, asks the database under the root one
+// question and prints the answer, plain and uncoloured so that it pipes, with an exit status
+// that says how it went. It needs no root, writes nothing and runs no other program: no
+// scratch directory, no configuration file, and no Package objects, which insist on "LANG".
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "args.h"
+#include "constants.h"
+#include "lang.h"
+#include "messages.h"
+#include "query.h"
+
+namespace {
+
+// Exit statuses of queryzet. When several apply in one run, the highest wins.
+enum QueryExit : int {
+  QueryExitAnswered = 0,      // the question was answered
+  QueryExitNegative = 1,      // --owner found no owner of a path, or --verify something missing
+  QueryExitNotInstalled = 3,  // a named package is not installed, or a pattern matched none
+  QueryExitUnreadable = 4,    // the database, a record or a path to check could not be read
+  QueryExitBadCommandLine = zet::ExitBadCommandLine,  // the command line was refused
+};
+
+int status = QueryExitAnswered;
+
+void raiseStatus(int exitStatus) {
+  status = std::max(status, exitStatus);
+}
+
+bool given(const char* name) {
+  return Args::instance().optionExists(name, true);
+}
+
+// Answers are data: buffered, and never translated, so that scripts can read them.
+void printLine(const std::string& line) {
+  fwrite(line.data(), 1, line.size(), stdout);
+  fputc('\n', stdout);
+}
+
+// Flushes the answer so far first, so that on a terminal each error follows what preceded it.
+void complain(const std::string& sentence, int exitStatus) {
+  fflush(stdout);
+  printError(sentence);
+  raiseStatus(exitStatus);
+}
+
+void reportProblem(const Query::Problem& problem) {
+  static const char* const KEYS[] = {"QueryErrorUnreadable", "QueryErrorNoFileList",
+                                     "QueryErrorCannotCheck"};
+  complain(Lang::instance().get(KEYS[problem.kind], problem.path), QueryExitUnreadable);
+}
+
+std::string joined(const std::vector<std::string>& words) {
+  std::string text;
+  for (const std::string& word : words) text += (text.empty() ? "" : " ") + word;
+  return text;
+}
+
+// The installed packages that the words name, in the order of the words.
+std::vector<std::string> packagesOf(const Query& query, const std::vector<std::string>& words) {
+  std::vector<std::string> packages;
+  for (const std::string& word : words) {
+    const std::vector<std::string> found = query.find(word);
+    if (found.empty()) {
+      complain(Lang::instance().get("ErrorPackageNotInstalled", word), QueryExitNotInstalled);
+    }
+    packages.insert(packages.end(), found.begin(), found.end());
+  }
+  return packages;
+}
+
+void answerList(const Query& query, const std::vector<std::string>& patterns) {
+  if (patterns.empty()) {
+    for (const std::string& fullName : query.installed()) printLine(fullName);
+    return;
+  }
+  std::set<std::string> chosen;
+  for (const std::string& pattern : patterns) {
+    const std::vector<std::string> found = query.match(pattern);
+    if (found.empty()) {
+      complain(Lang::instance().get("QueryErrorNoMatch", pattern), QueryExitNotInstalled);
+    }
+    chosen.insert(found.begin(), found.end());
+  }
+  for (const std::string& fullName : chosen) printLine(fullName);
+}
+
+void answerInfo(const Query& query, const std::vector<std::string>& names) {
+  bool first = true;
+  for (const std::string& fullName : packagesOf(query, names)) {
+    const std::optional<Query::Info> info = query.info(fullName);
+    if (!info) continue;
+    if (!first) printLine("");
+    first = false;
+    printMessage(Lang::instance().get(
+        "QueryInfo", info->fullName, info->name, info->version, info->architecture, info->build,
+        std::to_string(info->compressedSizeK), std::to_string(info->uncompressedSizeK),
+        info->location, info->buildStamp, joined(info->deps), joined(info->scripts),
+        std::to_string(info->files), std::to_string(info->links)));
+    for (const std::string& line : info->description) printLine(line);
+  }
+}
+
+void answerFiles(const Query& query, const std::vector<std::string>& names) {
+  for (const std::string& fullName : packagesOf(query, names)) query.files(fullName, printLine);
+}
+
+void answerOwner(const Query& query, const std::vector<std::string>& paths) {
+  const std::vector<std::vector<Query::Owner>> owners = query.owners(paths);
+  for (size_t i = 0; i < paths.size(); ++i) {
+    for (const Query::Owner& owner : owners[i]) printLine(owner.fullName + ": " + owner.path);
+    if (owners[i].empty()) {
+      const std::string asked = query.underRoot("/" + Query::recordPath(paths[i]));
+      complain(Lang::instance().get("QueryErrorNoOwner", asked), QueryExitNegative);
+    }
+  }
+}
+
+void answerVerify(const Query& query, const std::vector<std::string>& names) {
+  const std::vector<std::string> packages =
+      names.empty() ? query.installed() : packagesOf(query, names);
+  for (const std::string& fullName : packages) {
+    query.verify(fullName, [&fullName](const std::string& path) {
+      printLine(fullName + ": " + path);
+      raiseStatus(QueryExitNegative);
+    });
+  }
+}
+
+void answerDepends(const Query& query, const std::vector<std::string>& names) {
+  for (const std::string& fullName : packagesOf(query, names)) {
+    for (const Query::Dependency& dependency : query.depends(fullName)) {
+      printMessage(dependency.providers.empty()
+                       ? Lang::instance().get("QueryDependsMissing", dependency.name)
+                       : Lang::instance().get("QueryDependsInstalled", dependency.name,
+                                              joined(dependency.providers)));
+    }
+  }
+}
+
+void answerRdepends(const Query& query, const std::vector<std::string>& names) {
+  for (const std::string& fullName : packagesOf(query, names)) {
+    for (const std::string& dependant : query.rdepends(fullName)) printLine(dependant);
+  }
+}
+
+// The questions: exactly one stands on a command line.
+const struct Question {
+  const char* option;
+  bool needsWords;
+  void (*answer)(const Query&, const std::vector<std::string>&);
+} QUESTIONS[] = {
+    {"list", false, answerList},        {"info", true, answerInfo},
+    {"files", true, answerFiles},       {"owner", true, answerOwner},
+    {"verify", false, answerVerify},    {"depends", true, answerDepends},
+    {"rdepends", true, answerRdepends},
+};
+
+// Every refusal of the command line looks the same, as with the other programs of zet.
+[[noreturn]] void badLine() {
+  printError(ErrorBadArgumentLine);
+  exit(QueryExitBadCommandLine);
+}
+
+const Question& questionAsked() {
+  const Question* asked = nullptr;
+  for (const Question& question : QUESTIONS) {
+    if (!given(question.option)) continue;
+    if (asked) badLine();
+    asked = &question;
+  }
+  if (!asked || (asked->needsWords && Args::instance().getArguments().empty())) badLine();
+  return *asked;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  // Without "LANG" both the sentences and the descriptions are those of "C".
+  const char* lang = getenv("LANG");
+  const std::string language = lang ? lang : zet::FALLBACK_LANG;
+  loadLanguage(language);
+
+  Args& args = Args::instance();
+  for (const Question& question : QUESTIONS) args.addOption(question.option, false);
+  for (const char* option : {"help", "h"}) args.addOption(option, false);
+  for (const char* option : {"root", "lang"}) args.addOption(option, true);
+  if (!args.parse(argc, argv)) badLine();
+  if (given("lang")) loadLanguage(args.getValue("lang"));
+  if (given("help") || given("h")) {
+    printMessage(Lang::instance().get("QueryHelp", zet::PROGRAM_VERSION));
+    return QueryExitAnswered;
+  }
+  const Question& question = questionAsked();
+
+  // Without --root the empty root leaves every database path as it is: "/var/log/packages".
+  Query query(args.getValue("root"), language, reportProblem);
+  if (!query.open()) {
+    complain(Lang::instance().get("QueryErrorNoDatabase", query.underRoot(zet::PACKAGES_DIR)),
+             QueryExitUnreadable);
+    return status;
+  }
+  question.answer(query, args.getArguments());
+  fflush(stdout);
+  return status;
+}
