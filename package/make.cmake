@@ -5,7 +5,7 @@
 # names, the languages, the manual pages and the completion, and install/ from this directory.
 # The links of the staged tree become lines of install/doinst.sh through makezet, except the
 # tool links under /lib/zetutils: a member "lib/" would replace a /lib that is a link to
-# usr/lib, so the package holds no lib/ at all, and doinst.sh makes the directory and links.
+# usr/lib, so the package holds no lib/ at all, and its scripts make the directory and links.
 #
 # The build stamp and the time of every member come from the sources: SOURCE_DATE_EPOCH when
 # set, else the time of the last commit of a git checkout, else the release date below. So the
@@ -45,18 +45,22 @@ if(failed)
   message(FATAL_ERROR "the staged installation into ${stage} failed")
 endif()
 
-# The tool links, as pairs of lines of doinst.sh after the line that makes their directory.
+# The tool links. preinst.sh makes them ahead of every unpacking: an upgrade to a package of
+# the same full name removes the old one, its tools with it, before it unpacks the new one a
+# second time. doinst.sh names each by its pair of lines, for a removal to find.
 file(GLOB tools RELATIVE ${stage}/lib/zetutils ${stage}/lib/zetutils/*)
 list(SORT tools)
-set(script "# zet runs tar, gzip and dialog through links in /lib/zetutils.\nmkdir -p lib/zetutils\n")
+set(preinst "# zet unpacks every package with the tar behind /lib/zetutils.\nmkdir -p lib/zetutils\n")
+set(doinst "mkdir -p lib/zetutils\n")
 foreach(tool ${tools})
   file(READ_SYMLINK ${stage}/lib/zetutils/${tool} target)
-  string(APPEND script "( cd lib/zetutils ; rm -rf ${tool} )\n"
+  string(APPEND preinst "ln -sf ${target} lib/zetutils/${tool}\n")
+  string(APPEND doinst "( cd lib/zetutils ; rm -rf ${tool} )\n"
     "( cd lib/zetutils ; ln -sf ${target} ${tool} )\n")
 endforeach()
 # The directory is in no file list. A removal reads this line, which never runs, after the
 # links above, and takes the emptied directory away with them.
-string(APPEND script "if false; then\n( cd lib ; rm -rf zetutils )\nfi\n")
+string(APPEND doinst "if false; then\n( cd lib ; rm -rf zetutils )\nfi\n")
 file(REMOVE_RECURSE ${stage}/lib/zetutils)
 file(GLOB rest ${stage}/lib/*)
 if(rest)
@@ -65,7 +69,8 @@ endif()
 file(REMOVE_RECURSE ${stage}/lib)
 
 # The control files get fixed modes, whatever the checkout and the umask gave them.
-file(WRITE ${control}/install/doinst.sh "${script}")
+file(WRITE ${control}/install/preinst.sh "${preinst}")
+file(WRITE ${control}/install/doinst.sh "${doinst}")
 file(COPY ${SOURCE_DIR}/package/install ${control}/install DESTINATION ${stage}
   FILE_PERMISSIONS OWNER_READ OWNER_WRITE GROUP_READ WORLD_READ
   DIRECTORY_PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE
