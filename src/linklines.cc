@@ -1,7 +1,6 @@
 #include "linklines.h"
 
 #include <string_view>
-#include <vector>
 
 #include "package.h"
 #include "textvector.h"

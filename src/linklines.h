@@ -13,8 +13,9 @@ class LinkLines {
   // The lines of the link `path` (relative to the root, no "./") pointing at `target`, each
   // ending in a line feed. A link at the top of the tree is made from the directory ".".
   static std::string of(const std::string& path, const std::string& target);
-  // Whether the lines of `of` run as written and come back, through the reader of stored
-  // scripts and the removal's scan, as exactly these two lines naming `directory/name`.
+  // Whether the lines of `of` run in the shell as written, and come back through the reader
+  // of stored scripts as exactly these two lines, the first of which the removal's scan reads
+  // as the link's directory, "/" and name.
   static bool usable(const std::string& path, const std::string& target);
   // A word that an unquoted shell command passes on as it stands: not empty, no leading "-",
   // and none of the blanks, line ends, quotes, globs and operators of the shell.

@@ -37,7 +37,7 @@ enum MakeStatus : int {
 
 constexpr const char* STAMP_OPTION = "build";
 constexpr const char* EPOCH_VARIABLE = "SOURCE_DATE_EPOCH";
-// More digits than any time that a tar header holds.
+// Eighteen digits always fit the 64 bits that the time is read into.
 constexpr size_t EPOCH_DIGITS = 18;
 
 // The temporary file while it exists, so that a signal that ends the run takes it away too.
