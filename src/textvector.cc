@@ -122,9 +122,8 @@ bool TextFile::load(const char* path) {
   });
 }
 
-// The file is read whole and cut as fgets into a 1024-byte buffer would cut it: each delivery
-// runs through the next line feed or stops at 1023 characters. Reading it in one go spares a
-// library call and a copy per line, which counts when a removal reads every record.
+// The file is read whole, which spares a library call and a copy per line; that counts when a
+// removal reads every record.
 bool TextFile::forEachLine(const char* path, const std::function<void(std::string_view)>& visit) {
   FILE* file = fopen(path, "r");
   if (file == nullptr) return false;
@@ -147,7 +146,14 @@ bool TextFile::forEachLine(const char* path, const std::function<void(std::strin
     }
   }
   fclose(file);
+  forEachLineOf(content, visit);
+  return true;
+}
 
+void TextFile::forEachLineOf(std::string_view content,
+                             const std::function<void(std::string_view)>& visit) {
+  // Cut as fgets into a 1024-byte buffer would cut it: each delivery runs through the next line
+  // feed or stops at 1023 characters.
   constexpr size_t DELIVERY = 1023;
   const char* const data = content.data();
   for (size_t start = 0; start < content.size();) {
@@ -164,7 +170,6 @@ bool TextFile::forEachLine(const char* path, const std::function<void(std::strin
     visit(std::string_view(chunk, count));
     start += delivered;
   }
-  return true;
 }
 
 bool TextFile::save(const char* path, bool overwrite) const {

@@ -62,6 +62,9 @@ class TextFile : public TextVector {
   // Hands each line of the file to `visit` exactly as load() would deliver it, without a copy;
   // a view lives only during its call. False when the file won't open.
   static bool forEachLine(const char* path, const std::function<void(std::string_view)>& visit);
+  // The same for text in memory, cut exactly as a file of that content would be.
+  static void forEachLineOf(std::string_view content,
+                            const std::function<void(std::string_view)>& visit);
   // Writes each element and a line feed. False when `overwrite` is false and the file exists,
   // or when it cannot be opened.
   bool save(const char* path, bool overwrite) const;

@@ -58,6 +58,14 @@ TEST(Lang, ShippedLanguagesHaveEveryKeyWithItsMarkers) {
     wanted[Lang::toUpper(messageKey(MessageType(i)))] = messageArgCount(MessageType(i));
   for (int i = 0; helpKey(HelpType(i)); ++i) wanted[Lang::toUpper(helpKey(HelpType(i)))] = 1;
   EXPECT_EQ(wanted.size(), 68u);
+  // makezet's sentences, by the number of markers that it fills.
+  for (const char* key : {"MakeBadEpoch", "MakeBadName", "MakeBadStamp", "MakeBlankInPath",
+                          "MakeCannotRead", "MakeCannotWrite", "MakeHelp", "MakeNoDescription",
+                          "MakePathTooLong", "MakeSystemLinkDirectory", "MakeUnsupportedType"})
+    wanted[Lang::toUpper(key)] = 1;
+  for (const char* key : {"MakeBadDescription", "MakeLinkToDirectory", "MakeLinkUnusable"})
+    wanted[Lang::toUpper(key)] = 2;
+  wanted["MAKEGZIPFAILED"] = 0;
   for (const char* language : {"C", "pl", "de"}) {
     std::ifstream file(std::string(ZET_LANG_SOURCE_DIR) + "/" + language + ".lang");
     std::map<std::string, unsigned> found;

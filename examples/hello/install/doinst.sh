@@ -1,2 +1,0 @@
-( cd usr/bin ; rm -rf zet-hi )
-( cd usr/bin ; ln -sf zet-hello zet-hi )

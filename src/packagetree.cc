@@ -1,0 +1,223 @@
+#include "packagetree.h"
+
+#include <dirent.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <fstream>
+#include <sstream>
+#include <string_view>
+
+#include "constants.h"
+#include "linklines.h"
+#include "textvector.h"
+
+namespace {
+
+constexpr const char* DOINST_MEMBER = "install/doinst.sh";
+constexpr const char* BUILD_MEMBER = "install/build";
+// "slack-desc" is the default description, "slack-desc.CODE" the one in language CODE.
+constexpr std::string_view DESCRIPTION_MEMBER = "install/slack-desc";
+// Top-level directories that are links to usr/... on many systems. Unpacking such a member
+// unlinks what stands in its way, and replaces the link by a directory.
+constexpr const char* SYSTEM_LINK_DIRECTORIES[] = {"bin/", "sbin/", "lib/", "lib64/"};
+constexpr unsigned CONTROL_MODE = 0644;
+constexpr unsigned CONTROL_DIR_MODE = 0755;
+
+bool startsWith(std::string_view text, std::string_view head) {
+  return text.substr(0, head.size()) == head;
+}
+
+// The directory install/ or something in it, by a path with or without its trailing "/".
+bool isControl(const std::string& path) {
+  return startsWith(path + "/", zet::INSTALL_DIR_MEMBER);
+}
+
+bool readFile(const std::string& path, std::string& content) {
+  std::ifstream file(path, std::ios::binary);
+  std::ostringstream text;
+  text << file.rdbuf();
+  content = text.str();
+  return !file.bad() && file.is_open();
+}
+
+// A line that a reader can tell for no description line: empty, a comment, or indented like
+// the ruler that description files often carry. Every other line must start with "name:".
+bool isDescriptionLine(const char* line) {
+  return line[0] != '\0' && line[0] != '#' && line[0] != ' ' && line[0] != '\t';
+}
+
+}  // namespace
+
+bool PackageTree::read(const std::string& dir, const std::string& shortName,
+                       const std::string& stamp) {
+  root = dir;
+  members.clear();
+  problems.clear();
+  warnings.clear();
+  links.clear();
+  walk("");
+  addControlFiles(stamp);
+  checkDescriptions(shortName);
+  std::stable_sort(members.begin(), members.end(),
+                   [](const ArchiveMember& a, const ArchiveMember& b) {
+                     const bool aControl = isControl(a.name), bControl = isControl(b.name);
+                     return aControl != bControl ? aControl : a.name < b.name;
+                   });
+  return problems.empty();
+}
+
+void PackageTree::walk(const std::string& relative) {
+  const std::string path = relative.empty() ? root : root + "/" + relative;
+  DIR* handle = opendir(path.c_str());
+  if (handle == nullptr) {
+    problems.push_back({TreeFinding::Unreadable, path, ""});
+    return;
+  }
+  std::vector<std::string> names;
+  while (const dirent* entry = readdir(handle)) {
+    const std::string name = entry->d_name;
+    if (name != "." && name != "..") names.push_back(name);
+  }
+  closedir(handle);
+  // In the order of the names, so that findings come out the same on every file system.
+  std::sort(names.begin(), names.end());
+  for (const std::string& name : names) addEntry(relative.empty() ? name : relative + "/" + name);
+}
+
+void PackageTree::addEntry(const std::string& relative) {
+  const std::string path = root + "/" + relative;
+  struct stat status;
+  if (lstat(path.c_str(), &status) != 0) {
+    problems.push_back({TreeFinding::Unreadable, path, ""});
+    return;
+  }
+  if (S_ISLNK(status.st_mode) && !isControl(relative)) {
+    if (pathReadsBack(relative)) addLink(relative);
+    return;
+  }
+  // A link among the control files is packed as the file it points to: zet reads those files
+  // and makes no links there.
+  if (S_ISLNK(status.st_mode) && (stat(path.c_str(), &status) != 0 || S_ISDIR(status.st_mode))) {
+    problems.push_back({TreeFinding::UnsupportedType, relative, ""});
+    return;
+  }
+  const bool directory = S_ISDIR(status.st_mode);
+  const std::string name = directory ? relative + "/" : relative;
+  if (!pathReadsBack(name)) return;
+  if (!directory && (!S_ISREG(status.st_mode) || name + "/" == zet::INSTALL_DIR_MEMBER)) {
+    problems.push_back({TreeFinding::UnsupportedType, name, ""});
+    return;
+  }
+  members.push_back({name, directory, status.st_mode & 07777u,
+                     directory ? 0 : static_cast<uint64_t>(status.st_size), directory ? "" : path,
+                     ""});
+  if (!directory) return;
+  for (const char* system : SYSTEM_LINK_DIRECTORIES) {
+    if (name == system) warnings.push_back({TreeFinding::SystemLinkDirectory, name, ""});
+  }
+  walk(relative);
+}
+
+// A member path must come back from the package's record as the line it was written as.
+bool PackageTree::pathReadsBack(const std::string& name) {
+  if (name.find_first_of(" \t\r\n") != std::string::npos) {
+    problems.push_back({TreeFinding::BlankInPath, name, ""});
+    return false;
+  }
+  unsigned lines = 0;
+  bool same = false;
+  TextFile::forEachLineOf(name + "\n",
+                          [&](std::string_view line) { same = ++lines == 1 && line == name; });
+  if (!same || lines != 1) problems.push_back({TreeFinding::PathTooLong, name, ""});
+  return same && lines == 1;
+}
+
+void PackageTree::addLink(const std::string& relative) {
+  const std::string path = root + "/" + relative;
+  std::string target(4096, '\0');
+  const ssize_t length = readlink(path.c_str(), &target[0], target.size());
+  if (length < 0 || static_cast<size_t>(length) >= target.size()) {
+    problems.push_back({TreeFinding::Unreadable, path, ""});
+    return;
+  }
+  target.resize(static_cast<size_t>(length));
+  if (!LinkLines::usable(relative, target)) {
+    problems.push_back({TreeFinding::LinkUnusable, relative, target});
+    return;
+  }
+  struct stat status;
+  if (stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode)) {
+    warnings.push_back({TreeFinding::LinkToDirectory, relative, target});
+  }
+  links.push_back({relative, target});
+}
+
+// The member of a control file, added when the tree has none; null when a directory has
+// its name.
+ArchiveMember* PackageTree::controlFile(const std::string& name) {
+  for (ArchiveMember& member : members) {
+    if (member.name != name) continue;
+    if (!member.directory) return &member;
+    problems.push_back({TreeFinding::UnsupportedType, name, ""});
+    return nullptr;
+  }
+  members.push_back({name, false, CONTROL_MODE, 0, "", ""});
+  return &members.back();
+}
+
+void PackageTree::addControlFiles(const std::string& stamp) {
+  const std::string controlName = zet::INSTALL_DIR_MEMBER;
+  if (std::none_of(members.begin(), members.end(),
+                   [&](const ArchiveMember& member) { return member.name == controlName; })) {
+    members.push_back({controlName, true, CONTROL_DIR_MODE, 0, "", ""});
+  }
+  if (!links.empty()) {
+    std::sort(links.begin(), links.end(),
+              [](const Link& a, const Link& b) { return a.path < b.path; });
+    std::string script;
+    for (const Link& link : links) script += LinkLines::of(link.path, link.target);
+    // The lines go ahead of the tree's own script, which may use the links.
+    ArchiveMember* doinst = controlFile(DOINST_MEMBER);
+    std::string own;
+    if (doinst && !doinst->source.empty() && !readFile(doinst->source, own)) {
+      problems.push_back({TreeFinding::Unreadable, doinst->source, ""});
+    }
+    if (doinst) *doinst = {doinst->name, false, doinst->mode, 0, "", script + own};
+  }
+  if (!stamp.empty()) {
+    ArchiveMember* build = controlFile(BUILD_MEMBER);
+    if (build) *build = {build->name, false, build->mode, 0, "", stamp + "\n"};
+  }
+  for (ArchiveMember& member : members) {
+    if (member.source.empty()) member.size = member.content.size();
+  }
+}
+
+void PackageTree::checkDescriptions(const std::string& shortName) {
+  bool found = false;
+  const std::string prefix = shortName + ":";
+  for (const ArchiveMember& member : members) {
+    const std::string_view name = member.name;
+    const bool isDefault = name == DESCRIPTION_MEMBER;
+    // The loader reads "slack-desc.CODE" only with a CODE of at least one character.
+    if (member.directory || !startsWith(name, DESCRIPTION_MEMBER) ||
+        !(isDefault || (name.size() > DESCRIPTION_MEMBER.size() + 1 &&
+                        name[DESCRIPTION_MEMBER.size()] == '.'))) {
+      continue;
+    }
+    found = found || isDefault;
+    TextFile lines;
+    if (!lines.load(member.source.c_str())) {
+      problems.push_back({TreeFinding::Unreadable, member.source, ""});
+      continue;
+    }
+    for (unsigned i = 0; i < lines.size(); ++i) {
+      if (isDescriptionLine(lines[i]) && !startsWith(lines[i], prefix)) {
+        problems.push_back({TreeFinding::BadDescription, member.name, lines[i]});
+      }
+    }
+  }
+  if (!found) warnings.push_back({TreeFinding::NoDescription, std::string(DESCRIPTION_MEMBER), ""});
+}
