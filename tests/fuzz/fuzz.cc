@@ -21,17 +21,14 @@ void check(bool holds) {
   if (!holds) __builtin_trap();
 }
 
-void linesAsFgetsCutsThem(const char* path) {
-  TextFile lines;
-  lines.load(path);
+void linesAsFgetsCutsThem(const char* path, const TextFile& lines) {
   FILE* file = fopen(path, "r");
   char buffer[1024];
   unsigned index = 0, count;
   while (fgets(buffer, sizeof buffer, file) != nullptr) {
     for (count = 0; buffer[count] != '\n' && buffer[count] != '\0' &&
-                    !(buffer[count] == '\r' && buffer[count + 1] == '\n');) {
+                    !(buffer[count] == '\r' && buffer[count + 1] == '\n');)
       ++count;
-    }
     check(index < lines.size() && std::string(buffer, count) == lines[index++]);
   }
   fclose(file);
@@ -41,10 +38,10 @@ void linesAsFgetsCutsThem(const char* path) {
 void recordListsItsFiles(const std::string& path) {
   PackageRecord record;
   record.read(path);
-  std::vector<std::string> listed;
-  PackageRecord::forEachListedFile(path, [&](std::string_view line) { listed.emplace_back(line); });
-  check(listed.size() <= record.files.size());
-  for (size_t i = 0; i < listed.size(); ++i) check(listed[i] == record.files[i]);
+  unsigned index = 0;
+  PackageRecord::forEachListedFile(path, [&](std::string_view line) {
+    check(index < record.files.size() && line == record.files[index++]);
+  });
 }
 
 }  // namespace
@@ -57,14 +54,14 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   fwrite(text.data(), 1, text.size(), file);
   fclose(file);
   TextFile lines(path.c_str());
-  std::vector<char*> words;
   PackageName name;
   TagFile tags;
   ConfigFile config;
   Args args;
+  std::vector<char*> words;
   switch (data[0] % 6) {
     case 0:
-      linesAsFgetsCutsThem(path.c_str());
+      linesAsFgetsCutsThem(path.c_str(), lines);
       break;
     case 1:
       recordListsItsFiles(path);

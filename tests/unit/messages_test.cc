@@ -69,12 +69,3 @@ TEST_F(MessagesTest, PrintersFrameTheirSentencesAndComplainAboutWrongCounts) {
             "help 1.0\nAbout:\n\n"
             "\033[1;0m\033[1;0mAbout:\na: one\na: two\n\n\033[1;0m\033[1;0m");
 }
-
-TEST(DebugLog, WritesOnlyWhileEnabled) {
-  testing::internal::CaptureStdout();
-  DebugLog::instance() << "hidden" << 1L;
-  DebugLog::instance().enabled = true;
-  DebugLog::instance() << "shown " << std::string("text ") << -12L;
-  DebugLog::instance().enabled = false;
-  EXPECT_EQ(testing::internal::GetCapturedStdout(), "shown text -12");
-}

@@ -1,13 +1,11 @@
-// The small services: the temporary area's numbers, build stamps, the group's list, the
-// dependency store's helpers, scripts and dialog texts.
+// The small services: the temporary area's numbers, build stamps, the group's list and the
+// dependency store's helpers.
 #include <regex>
 
 #include "dependencystore.h"
-#include "dialog.h"
 #include "package.h"
 #include "packagegroup.h"
 #include "scratch.h"
-#include "scriptrunner.h"
 
 using ServicesTest = Scratch;
 
@@ -61,23 +59,4 @@ TEST_F(ServicesTest, TheStoreFindsInstalledNamesWhole) {
   DependencyStore::eraseAt(vector, 1);
   DependencyStore::eraseAt(vector, 5);
   EXPECT_EQ(linesOf(vector), (Lines{"x", "z"}));
-}
-
-TEST_F(ServicesTest, AScriptRunsInItsDirectoryWithItsArgumentAndLeavesNoFile) {
-  ScriptRunner script;
-  EXPECT_FALSE(script.hasLines());
-  script.push_back("echo \"$# $* $(pwd)\" >>log");
-  EXPECT_TRUE(script.run("", root) && script.run("-x", root));
-  EXPECT_EQ(read(root + "/log"), "0  " + root + "\n1 -x " + root + "\n");
-  EXPECT_FALSE(FileSystem::instance().exists(TempArea::instance().getPath() + "/script", false));
-  TempArea::instance().create((root + "/none").c_str(), "");
-  EXPECT_FALSE(script.run("", root));
-}
-
-TEST(Dialog, TheMenuKeepsItsItemsAndHeightUntilToldOtherwise) {
-  MenuDialog menu;
-  menu.addItem("t", "i");
-  menu.clearItems();
-  menu.setHeight(7);
-  EXPECT_EQ(menu.items.size() + menu.height, 7u);
 }
