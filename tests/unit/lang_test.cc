@@ -29,9 +29,8 @@ TEST_F(LangTest, KeysAnyCaseContinuationsAndMarkers) {
             "elllo");
 }
 
-// Polish and German have exactly the keys of C, each with as many markers, and C has every
-// key of the printers with a marker for each argument that they pass. The other sentences are
-// checked where they are said, through the test language that is made of C.
+// Polish and German have the keys of C with as many markers each, and C those of the printers
+// with a marker per argument; the other sentences are checked through the test language.
 TEST(Lang, ShippedLanguagesHaveEveryKeyWithItsMarkers) {
   std::map<std::string, std::map<std::string, unsigned>> found;
   for (const char* language : {"C", "pl", "de"}) {

@@ -18,9 +18,8 @@ std::string summary(const PackageRecord& record) {
   return text;
 }
 
-// Labels are prefixes, blocks stop at a language label or any leading part of "FILE LIST:",
-// and every line is looked at again as a label after its block was copied. The listing of
-// the files gives each line once, from the first "FILE LIST:" on.
+// Labels are prefixes, blocks stop at a language label or a leading part of "FILE LIST:", and
+// every line is looked at again as a label; the listing gives each line once from the first.
 TEST_F(PackageRecordTest, ReadKeepsItsOddRules) {
   const struct {
     const char *text, *record, *listed;

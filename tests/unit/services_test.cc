@@ -1,5 +1,4 @@
-// The small services: the temporary area's numbers, build stamps, the group's list and the
-// dependency store's helpers.
+// The small services: the temporary area's numbers, build stamps and the dependency store.
 #include <regex>
 
 #include "dependencystore.h"
