@@ -6,7 +6,6 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstdio>
 #include <cstring>
 
 extern char** environ;
@@ -22,7 +21,7 @@ constexpr size_t BUFFER = 64 * 1024;
 constexpr size_t NAME_AT = 0, NAME_SIZE = 100;
 constexpr size_t MODE_AT = 100, OWNER_AT = 108, GROUP_AT = 116, ID_SIZE = 8;
 constexpr size_t SIZE_AT = 124, TIME_AT = 136, NUMBER_SIZE = 12;
-constexpr size_t CHECKSUM_AT = 148, CHECKSUM_SIZE = 8;
+constexpr size_t CHECKSUM_AT = 148, CHECKSUM_SIZE = 8, CHECKSUM_DIGITS = 6;
 constexpr size_t TYPE_AT = 156, MAGIC_AT = 257, OWNER_NAME_AT = 265, GROUP_NAME_AT = 297;
 
 // The magic of GNU tar's own format, with its version, ends in a NUL: eight bytes.
@@ -67,7 +66,8 @@ std::string header(const std::string& name, char type, unsigned mode, uint64_t s
   block.replace(CHECKSUM_AT, CHECKSUM_SIZE, CHECKSUM_SIZE, ' ');
   unsigned sum = 0;
   for (const char byte : block) sum += static_cast<unsigned char>(byte);
-  std::snprintf(&block[CHECKSUM_AT], CHECKSUM_SIZE - 1, "%06o", sum);
+  putNumber(&block[CHECKSUM_AT], CHECKSUM_DIGITS + 1, sum);
+  block[CHECKSUM_AT + CHECKSUM_DIGITS] = '\0';
   return block;
 }
 
