@@ -5,7 +5,6 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <cerrno>
 #include <cstring>
 
 extern char** environ;
@@ -71,7 +70,8 @@ std::string header(const std::string& name, char type, unsigned mode, uint64_t s
   return block;
 }
 
-// The tar stream on its way into the pipe to gzip, written in blocks of BUFFER bytes.
+// The tar stream on its way into the pipe to gzip, written in blocks of BUFFER bytes. No call
+// here comes back interrupted: the only signals that makezet catches end it.
 class Stream {
  public:
   explicit Stream(int pipe) : pipe(pipe) { buffer.reserve(BUFFER); }
@@ -88,7 +88,6 @@ class Stream {
   bool flush() {
     for (size_t done = 0; done < buffer.size();) {
       const ssize_t count = ::write(pipe, buffer.data() + done, buffer.size() - done);
-      if (count < 0 && errno == EINTR) continue;
       if (count <= 0) return false;
       done += static_cast<size_t>(count);
     }
@@ -115,7 +114,6 @@ Step copyFile(Stream& stream, const std::string& path, uint64_t size) {
   Step step = Step::Done;
   for (;;) {
     const ssize_t count = read(file, chunk, left > 0 && left < BUFFER ? left : BUFFER);
-    if (count < 0 && errno == EINTR) continue;
     // Past the size, one more byte read means that the file has grown.
     if (count <= 0 || left == 0) {
       if (count != 0 || left != 0) step = Step::Unreadable;
@@ -193,8 +191,7 @@ ArchiveWriter::Result ArchiveWriter::write(const std::vector<ArchiveMember>& mem
   }
   close(pipe[1]);
   int status = 0;
-  while (waitpid(gzip, &status, 0) < 0 && errno == EINTR) {
-  }
+  waitpid(gzip, &status, 0);
   if (step == Step::Unreadable) return SourceUnreadable;
   const bool gzipDone = WIFEXITED(status) && WEXITSTATUS(status) == 0;
   return step == Step::Done && gzipDone ? Written : GzipFailed;
