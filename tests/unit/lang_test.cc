@@ -24,9 +24,6 @@ TEST_F(LangTest, KeysAnyCaseContinuationsAndMarkers) {
   EXPECT_EQ(lang.get("t1") + lang.get("t4"), "laterb[ARG");
   EXPECT_EQ(Lang::split("[ARG]", "x[AR[ARG]G][ARG]"), (Lines{"x[AR", "G]", ""}));
   EXPECT_EQ(Lang::split("[ARG]", ""), (Lines{""}));
-  EXPECT_EQ(Lang::substring("hello", 1, 3) + Lang::substring("hello", 3, 9) +
-                Lang::substring("hello", 5, 1) + Lang::substring("hello", -1, 1),
-            "elllo");
 }
 
 // Polish and German have the keys of C with as many markers each, and C those of the printers

@@ -23,8 +23,6 @@ TEST(PackageName, ParseSplitsNameVersionArchitectureAndBuild) {
     EXPECT_EQ(name.parse(row.text), row.parsed) << row.text;
     EXPECT_EQ((Lines{name.name, name.version, name.architecture, name.build}), row.fields);
   }
-  EXPECT_EQ(Package::shortNameOf("a-b-1-x-1"), "a-b");
-  EXPECT_EQ(Package::shortNameOf("a-1-x"), "");
 }
 
 // Only "( cd DIR ; rm -rf LINK )" lines name links, as a scanner of two fields of at most 1024

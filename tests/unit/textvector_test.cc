@@ -36,14 +36,11 @@ TEST_F(TextVectorTest, FilesLoadAsTheLineReaderCutsThemAndSaveWithALineFeedEach)
   EXPECT_EQ(read(root + "/f") + read(root + "/empty"), "a\n\nb\n");
 }
 
-TEST(TextVector, SplitAppendsOnlyTokens) {
+TEST(TextVector, SplittingAndEditingKeepOrderAndCompareWholeStrings) {
   TextVector tokens;
   for (const char* text : {"a==b=", "=", "", "-x--y-"})
     tokens.split(text[0] == '-' ? '-' : '=', text);
   EXPECT_EQ(linesOf(tokens), (Lines{"a", "b", "x", "y"}));
-}
-
-TEST(TextVector, EditingKeepsOrderAndComparesWholeStrings) {
   TextVector vector = vectorOf({"ab", "abc", "ab", "  "});
   EXPECT_EQ(vector.find("abc"), 1);
   EXPECT_EQ(vector.find("a"), -1);
