@@ -58,11 +58,19 @@ int FileSystem::remove(const std::string& path, bool underRoot) const {
   return isDirectory(real) ? rmdir(real.c_str()) : unlink(real.c_str());
 }
 
-// Links are followed like directories, so a link to a directory elsewhere loses that
-// directory's content while the link itself stays.
+// Cleaning up never follows a symbolic link: a link is unlinked as itself, so that a link
+// inside a package's install/ cannot lead the removal into what it points at. The root of
+// the file system and the installation root are never removed, however the path spells them.
 void FileSystem::removeTree(const std::string& path, bool underRoot) {
   std::string prefix;
   for (const std::string& step : descent) prefix += step + "/";
+  const std::string real = plainPath(prefix + path, underRoot);
+  struct stat status;
+  if (lstat(real.c_str(), &status) == 0 && S_ISLNK(status.st_mode)) {
+    unlink(real.c_str());
+    return;
+  }
+  if (descent.empty() && isProtected(real)) return;
   if (!list(prefix + path, underRoot)) {
     remove(prefix + path, underRoot);
     return;
@@ -75,6 +83,17 @@ void FileSystem::removeTree(const std::string& path, bool underRoot) {
   }
   descent.pop_back();
   remove(prefix + path, underRoot);
+}
+
+// Compared by device and inode, so "//", "/./" or a root with a trailing slash all match.
+bool FileSystem::isProtected(const std::string& real) const {
+  struct stat target, system, installation;
+  if (stat(real.c_str(), &target) != 0) return false;
+  const auto same = [&target](const struct stat& other) {
+    return target.st_dev == other.st_dev && target.st_ino == other.st_ino;
+  };
+  if (stat("/", &system) == 0 && same(system)) return true;
+  return stat(root.c_str(), &installation) == 0 && same(installation);
 }
 
 bool FileSystem::list(const std::string& path, bool underRoot) {

@@ -29,8 +29,11 @@ class FileSystem : public FileList {
   static bool isDirectory(const std::string& path);
   // rmdir for a directory, unlink otherwise: 0 on success, -1 on failure.
   int remove(const std::string& path, bool underRoot) const;
-  // Removes a tree depth first, through links to directories; reports nothing.
+  // Removes a tree depth first; reports nothing. A symbolic link is unlinked, never
+  // followed, and the root of the system or of the installation is left alone.
   void removeTree(const std::string& path, bool underRoot);
+  // The real path names the root of the file system or the installation root.
+  bool isProtected(const std::string& real) const;
   // Reads one directory, "." and ".." included, into the list. False keeps the old list.
   bool list(const std::string& path, bool underRoot);
   TextVector& entries() { return *this; }

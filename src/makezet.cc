@@ -110,6 +110,8 @@ const char* keyOf(TreeFinding::Kind kind) {
       return "MakePathTooLong";
     case TreeFinding::UnsupportedType:
       return "MakeUnsupportedType";
+    case TreeFinding::LinkInControlFiles:
+      return "MakeLinkInControlFiles";
     case TreeFinding::LinkUnusable:
       return "MakeLinkUnusable";
     case TreeFinding::BadDescription:

@@ -93,14 +93,14 @@ void PackageTree::addEntry(const std::string& relative) {
     problems.push_back({TreeFinding::Unreadable, path, ""});
     return;
   }
-  if (S_ISLNK(status.st_mode) && !isControl(relative)) {
-    if (pathReadsBack(relative)) addLink(relative);
+  // zet unpacks install/ into its scratch area and reads it there, so a link among the
+  // control files could only lead it elsewhere.
+  if (S_ISLNK(status.st_mode) && isControl(relative)) {
+    problems.push_back({TreeFinding::LinkInControlFiles, relative, ""});
     return;
   }
-  // A link among the control files is packed as the file it points to: zet reads those files
-  // and makes no links there.
-  if (S_ISLNK(status.st_mode) && (stat(path.c_str(), &status) != 0 || S_ISDIR(status.st_mode))) {
-    problems.push_back({TreeFinding::UnsupportedType, relative, ""});
+  if (S_ISLNK(status.st_mode)) {
+    if (pathReadsBack(relative)) addLink(relative);
     return;
   }
   const bool directory = S_ISDIR(status.st_mode);

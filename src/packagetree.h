@@ -30,6 +30,7 @@ struct TreeFinding {
     BlankInPath,          // a path holds a blank, a tab or a line end
     PathTooLong,          // a path would not come back as one line of the package's record
     UnsupportedType,      // neither directory, file nor link; or install/ is no directory
+    LinkInControlFiles,   // a symbolic link inside install/ or in its place
     LinkUnusable,         // a link whose doinst.sh lines would not work (detail: its target)
     BadDescription,       // a description line without the short name (detail: the line)
     NoDescription,        // warning: there is no install/slack-desc

@@ -72,15 +72,34 @@ TEST_F(FileSystemTest, PathsFollowTheirRuleAndLinksAreFollowed) {
   list.push_back((root + "/none").c_str());
   list.removeFiles();
   EXPECT_FALSE(fs.exists("d/copy", true));
+}
 
-  // Through a link to a directory the files go, while the link and the directories stay.
+// Cleaning up unlinks links, whatever they point at, and never takes a root away.
+TEST_F(FileSystemTest, RemoveTreeNeverFollowsLinksNorTakesARoot) {
+  FileSystem& fs = FileSystem::instance();
+  struct stat status;
+  write("ext/sub/file", "x");
   write("p/q/.hidden", "h");
+  write("p/file", "f");
+  symlink((root + "/ext").c_str(), (root + "/p/up").c_str());
+  symlink((root + "/p/file").c_str(), (root + "/p/to-file").c_str());
   symlink("nowhere", (root + "/p/dangling").c_str());
   fs.removeTree("p", true);
-  EXPECT_FALSE(fs.exists("ext/file", true) || fs.exists("p/q", true));
-  EXPECT_TRUE(FileSystem::isDirectory(root + "/p/up") && FileSystem::isDirectory(root + "/ext"));
-  EXPECT_NE(lstat((root + "/p/dangling").c_str(), &status), 0);
+  EXPECT_NE(lstat((root + "/p").c_str(), &status), 0);
+  EXPECT_TRUE(fs.exists("ext/sub/file", true));
+  symlink((root + "/ext").c_str(), (root + "/top").c_str());
+  fs.removeTree(root + "/top", false);
+  EXPECT_NE(lstat((root + "/top").c_str(), &status), 0);
+  EXPECT_TRUE(fs.exists("ext/sub/file", true));
   fs.removeTree("none", true);
-  fs.removeTree(root, false);
-  EXPECT_FALSE(fs.exists("d", true));
+  for (const char* spelling : {"", "/", "//", "/."}) fs.removeTree(spelling, true);
+  fs.removeTree(root + "/", false);
+  EXPECT_TRUE(fs.exists("ext/sub/file", true));
+  EXPECT_TRUE(fs.isProtected("//"));
+  EXPECT_TRUE(fs.isProtected("/."));
+  EXPECT_TRUE(fs.isProtected(root + "//"));
+  EXPECT_FALSE(fs.isProtected(root + "/ext"));
+  EXPECT_FALSE(fs.isProtected(root + "/none"));
+  fs.removeTree(root + "/ext", false);
+  EXPECT_FALSE(fs.exists("ext", true));
 }
