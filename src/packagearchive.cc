@@ -18,7 +18,7 @@ extern char** environ;
 
 namespace {
 
-// From the PATH, not /lib/zetutils: makezet packs where zet is not installed, as zet's build.
+// From the PATH, not /lib/zetutils: packages are made where zet is not installed, as in its build.
 constexpr const char* TAR_PROGRAM = "tar";
 constexpr const char* GZIP_PROGRAM = "gzip";
 // Options in these variables would change the bytes: the tools run without them.

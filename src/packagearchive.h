@@ -3,9 +3,9 @@
 // Both run as processes of their own, never through a shell. makezet uses it; it prints
 // nothing.
 //
-// tar reads every member in one directory, the stage, made beside the output: a link "tree"
-// there leads to the package tree, whose members tar is given as "tree/NAME" and stores as
-// NAME, and the members that makezet makes itself lie in the stage under their own names.
+// tar reads every member in one directory of its own, the stage: a link "tree" there leads
+// to the package tree, whose members tar is given as "tree/NAME" and stores as NAME, and
+// the members that makezet makes itself lie in the stage under their own names.
 #ifndef ZET_PACKAGEARCHIVE_H
 #define ZET_PACKAGEARCHIVE_H
 
