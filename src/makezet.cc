@@ -13,7 +13,6 @@
 #include <cstdlib>
 #include <string>
 
-#include "archivewriter.h"
 #include "args.h"
 #include "constants.h"
 #include "filesystem.h"
@@ -21,6 +20,7 @@
 #include "linklines.h"
 #include "messages.h"
 #include "package.h"
+#include "packagearchive.h"
 #include "packagetree.h"
 
 namespace {
@@ -31,7 +31,7 @@ enum MakeStatus : int {
   MakeTreeRefused = 1,                        // the tree breaks a rule of the package format
   MakeNameRefused = 2,                        // OUTPUT is no package file name
   MakeReadFailed = 3,                         // the tree, or a file in it, could not be read
-  MakeWriteFailed = 4,                        // OUTPUT's directory, gzip or the rename failed
+  MakeWriteFailed = 4,                        // OUTPUT's directory, tar, gzip or the rename failed
   MakeLineRefused = zet::ExitBadCommandLine,  // command line, build stamp or SOURCE_DATE_EPOCH
 };
 
@@ -150,35 +150,38 @@ PackageTree readTree(const std::string& dir, const std::string& shortName,
 // Writes the archive under a temporary name in OUTPUT's directory and renames it into place,
 // so that a refusal, a failure or a signal never leaves a file under OUTPUT's name, and a
 // package that was there stays whole until the new one replaces it.
-void writePackage(const PackageTree& tree, const std::string& output, uint64_t time) {
+void writePackage(const PackageTree& tree, const std::string& dir, const std::string& output,
+                  uint64_t time) {
   const size_t slash = output.rfind('/');
   const size_t start = slash == std::string::npos ? 0 : slash + 1;
-  std::string temporary = output.substr(0, start) + "." + output.substr(start) + ".XXXXXX";
+  const std::string pattern = output.substr(0, start) + "." + output.substr(start) + ".XXXXXX";
+  std::string temporary = pattern;
   for (const int signal : {SIGINT, SIGTERM, SIGHUP}) std::signal(signal, removePendingFile);
-  // A gzip that dies must fail a write, not end this process with the file left behind.
-  std::signal(SIGPIPE, SIG_IGN);
-  const int file = mkstemp(&temporary[0]);
+  const int file = mkostemp(&temporary[0], O_CLOEXEC);
   if (file < 0) refuse(MakeWriteFailed, Lang::instance().get("MakeCannotWrite", output));
   pendingFile = temporary.c_str();
   const mode_t mask = umask(0);
   umask(mask);
   fchmod(file, 0666 & ~mask);
 
-  ArchiveWriter writer;
-  const ArchiveWriter::Result result = writer.write(tree.members, file, time);
+  PackageArchive archive;
+  const PackageArchive::Result result = archive.write(tree.members, dir, pattern, file, time);
   const bool closed = close(file) == 0;
-  if (result == ArchiveWriter::Written && closed &&
+  if (result == PackageArchive::Written && closed &&
       rename(temporary.c_str(), output.c_str()) == 0) {
     pendingFile = nullptr;
     return;
   }
   unlink(temporary.c_str());
   pendingFile = nullptr;
-  if (result == ArchiveWriter::SourceUnreadable) {
-    refuse(MakeReadFailed, Lang::instance().get("MakeCannotRead", writer.failedSource));
+  if (result == PackageArchive::SourceUnreadable) {
+    refuse(MakeReadFailed, Lang::instance().get("MakeCannotRead", archive.failedSource));
   }
-  if (result == ArchiveWriter::GzipFailed) {
+  if (result == PackageArchive::GzipFailed) {
     refuse(MakeWriteFailed, Lang::instance().get("MakeGzipFailed"));
+  }
+  if (result == PackageArchive::TarFailed) {
+    refuse(MakeWriteFailed, Lang::instance().get("MakeTarFailed"));
   }
   refuse(MakeWriteFailed, Lang::instance().get("MakeCannotWrite", output));
 }
@@ -209,6 +212,6 @@ int main(int argc, char** argv) {
   const std::string shortName = shortNameOf(output);
 
   const PackageTree tree = readTree(dir, shortName, stamp);
-  writePackage(tree, output, time);
+  writePackage(tree, dir, output, time);
   return MakeDone;
 }

@@ -110,9 +110,7 @@ void PackageTree::addEntry(const std::string& relative) {
     problems.push_back({TreeFinding::UnsupportedType, name, ""});
     return;
   }
-  members.push_back({name, directory, status.st_mode & 07777u,
-                     directory ? 0 : static_cast<uint64_t>(status.st_size), directory ? "" : path,
-                     ""});
+  members.push_back({name, directory, status.st_mode & 07777u, path, ""});
   if (!directory) return;
   for (const char* system : SYSTEM_LINK_DIRECTORIES) {
     if (name == system) warnings.push_back({TreeFinding::SystemLinkDirectory, name, ""});
@@ -163,7 +161,7 @@ ArchiveMember* PackageTree::controlFile(const std::string& name) {
     problems.push_back({TreeFinding::UnsupportedType, name, ""});
     return nullptr;
   }
-  members.push_back({name, false, CONTROL_MODE, 0, "", ""});
+  members.push_back({name, false, CONTROL_MODE, "", ""});
   return &members.back();
 }
 
@@ -171,7 +169,7 @@ void PackageTree::addControlFiles(const std::string& stamp) {
   const std::string controlName = zet::INSTALL_DIR_MEMBER;
   if (std::none_of(members.begin(), members.end(),
                    [&](const ArchiveMember& member) { return member.name == controlName; })) {
-    members.push_back({controlName, true, CONTROL_DIR_MODE, 0, "", ""});
+    members.push_back({controlName, true, CONTROL_DIR_MODE, "", ""});
   }
   if (!links.empty()) {
     std::sort(links.begin(), links.end(),
@@ -184,14 +182,11 @@ void PackageTree::addControlFiles(const std::string& stamp) {
     if (doinst && !doinst->source.empty() && !readFile(doinst->source, own)) {
       problems.push_back({TreeFinding::Unreadable, doinst->source, ""});
     }
-    if (doinst) *doinst = {doinst->name, false, doinst->mode, 0, "", script + own};
+    if (doinst) *doinst = {doinst->name, false, doinst->mode, "", script + own};
   }
   if (!stamp.empty()) {
     ArchiveMember* build = controlFile(BUILD_MEMBER);
-    if (build) *build = {build->name, false, build->mode, 0, "", stamp + "\n"};
-  }
-  for (ArchiveMember& member : members) {
-    if (member.source.empty()) member.size = member.content.size();
+    if (build) *build = {build->name, false, build->mode, "", stamp + "\n"};
   }
 }
 

@@ -8,17 +8,16 @@
 #ifndef ZET_PACKAGETREE_H
 #define ZET_PACKAGETREE_H
 
-#include <cstdint>
 #include <string>
 #include <vector>
 
-// One member of a package archive: a directory, or a file whose bytes are the file `source`
-// on the disk or, when `source` is empty, `content`.
+// One member of a package archive: a directory or a file of the tree, at `source` on the disk,
+// or one that makezet makes itself, with an empty `source`, the mode `mode` and, for a file,
+// the bytes `content`.
 struct ArchiveMember {
   std::string name;  // as listed: no "./", and a directory ends in "/"
   bool directory = false;
   unsigned mode = 0;
-  uint64_t size = 0;
   std::string source;
   std::string content;
 };
