@@ -54,20 +54,6 @@ constexpr const char* TEMP_SIZE_INFO = "size-info";
 constexpr const char* TEMP_SCRIPT = "script";
 constexpr const char* TEMP_MENU_RESULT = "menudialog-result";
 
-// Exit statuses of the program.
-enum ExitStatus : int {
-  ExitOk = 0,                // done, help shown, or a dependency list shown
-  ExitTarFailed = 1,         // a package file could not be listed or unpacked by tar
-  ExitGzipFailed = 2,        // gzip could not tell a package file's sizes
-  ExitBadPackage = 3,        // bad file name, unreadable record, or package not installed
-  ExitNoPackageFile = 4,     // the package file does not exist
-  ExitDepsFailed = 5,        // dependencies not met, or other packages need the ones removed
-  ExitAlreadyInstalled = 6,  // the package is installed already
-  ExitNotRoot = 96,          // not running as root
-  ExitBadCommandLine = 98,   // the command line was refused
-  ExitUpgradeRefused = -1,   // an upgrade was refused (255 to the shell)
-};
-
 }  // namespace zet
 
 // An assertion that no build switches off: the states it guards must stop the program

@@ -13,6 +13,7 @@
 #include "args.h"
 #include "configfile.h"
 #include "constants.h"
+#include "exitstatus.h"
 #include "filesystem.h"
 #include "lang.h"
 #include "messages.h"
@@ -51,7 +52,7 @@ Settings settings;
 // Every refusal of the command line looks the same, whichever word was wrong.
 [[noreturn]] void badLine() {
   printError(ErrorBadArgumentLine);
-  leaveRun(ExitBadCommandLine);
+  leaveRun(ZetExitBadCommandLine);
 }
 
 bool given(const char* name) {
@@ -163,10 +164,10 @@ void leaveOnDatabaseError(const Package& package, const std::string& word) {
       // The database path as formed, doubled slashes and all.
       printError(ErrorFileDoNotExist,
                  FileSystem::databasePath(FileSystem::instance().getRoot(), PACKAGES_DIR, word));
-      leaveRun(ExitBadPackage);
+      leaveRun(ZetExitBadPackage);
     case LoadNotInstalled:
       printError(ErrorPackageNotInstalled, word);
-      leaveRun(ExitBadPackage);
+      leaveRun(ZetExitBadPackage);
     default:
       return;
   }
@@ -180,16 +181,16 @@ void leaveOnFileError(const Package& package, const std::string& word) {
     case LoadExtractFailed:
     case LoadListFailed:
       printError(ErrorUnknownTar);
-      leaveRun(ExitTarFailed);
+      leaveRun(ZetExitTarFailed);
     case LoadBadName:
       printError(ErrorNotValidPackageName, word);
-      leaveRun(ExitBadPackage);
+      leaveRun(ZetExitBadPackage);
     case LoadNoFile:
       printError(ErrorFileDoNotExist, word);
-      leaveRun(ExitNoPackageFile);
+      leaveRun(ZetExitNoPackageFile);
     case LoadSizeInfoBad:
       printError(ErrorUnknownGzip);
-      leaveRun(ExitGzipFailed);
+      leaveRun(ZetExitGzipFailed);
     default:
       return;
   }
@@ -219,14 +220,14 @@ void judgeDependencies(PackageGroup::OperationType operation, const TextVector& 
     if (!settings.showDeps) {
       printError(ErrorDepsNotMet);
       printList(missing);
-      leaveRun(ExitDepsFailed);
+      leaveRun(ZetExitDepsFailed);
     }
     printList(missing);
   }
   if (operation == PackageGroup::OperationRemove) {
     printError(ErrorDepsRequired);
     printList(missing);
-    if (!settings.withDeps) leaveRun(ExitDepsFailed);
+    if (!settings.withDeps) leaveRun(ZetExitDepsFailed);
   }
 }
 
@@ -305,7 +306,7 @@ void parseArgs(int argc, char** argv) {
 
   if (given("help") || given("h")) {
     printHelp(helpFor(settings.operation), PROGRAM_VERSION);
-    leaveRun(ExitOk);
+    leaveRun(ZetExitOk);
   }
 
   if (given("root")) FileSystem::instance().setRoot(args.getValue("root"));
@@ -342,7 +343,7 @@ PackageGroup joinPackages() {
       if (operation == PackageGroup::OperationInstall && !settings.force &&
           package->loadFromDatabase(words[i])) {
         printError(ErrorPackageAlreadyInstalled, words[i]);
-        leaveRun(ExitAlreadyInstalled);
+        leaveRun(ZetExitAlreadyInstalled);
       }
       if (!package->loadFromFile(words[i])) {
         leaveOnFileError(*package, words[i]);
@@ -382,7 +383,7 @@ int main(int argc, char** argv) {
 
   if (getuid() != 0) {
     printError(ErrorNotRoot);
-    leaveRun(ExitNotRoot);
+    leaveRun(ZetExitNotRoot);
   }
   makeDatabaseDirectories();
 
@@ -397,7 +398,7 @@ int main(int argc, char** argv) {
   }
   judgeDependencies(operation, missing);
   // A dry look at the verdict: nothing on the disk changes.
-  if (settings.showDeps) leaveRun(ExitOk);
+  if (settings.showDeps) leaveRun(ZetExitOk);
   if (isOperation(operation)) group.proceed(operation);
-  leaveRun(ExitOk);
+  leaveRun(ZetExitOk);
 }

@@ -16,6 +16,7 @@
 #include "archivewriter.h"
 #include "args.h"
 #include "constants.h"
+#include "exitstatus.h"
 #include "filesystem.h"
 #include "lang.h"
 #include "linklines.h"
@@ -24,16 +25,6 @@
 #include "packagetree.h"
 
 namespace {
-
-// Exit statuses of makezet, all in its manual page. Nothing is written unless the status is 0.
-enum MakeStatus : int {
-  MakeDone = 0,                               // the package was written, or the help shown
-  MakeTreeRefused = 1,                        // the tree breaks a rule of the package format
-  MakeNameRefused = 2,                        // OUTPUT is no package file name
-  MakeReadFailed = 3,                         // the tree, or a file in it, could not be read
-  MakeWriteFailed = 4,                        // OUTPUT's directory, gzip or the rename failed
-  MakeLineRefused = zet::ExitBadCommandLine,  // command line, build stamp or SOURCE_DATE_EPOCH
-};
 
 constexpr const char* STAMP_OPTION = "build";
 constexpr const char* EPOCH_VARIABLE = "SOURCE_DATE_EPOCH";
@@ -57,7 +48,7 @@ void removePendingFile(int signal) {
 // Every refusal of the command line looks like those of zet's other names.
 [[noreturn]] void badLine() {
   printError(ErrorBadArgumentLine);
-  std::exit(MakeLineRefused);
+  std::exit(MakeExitLineRefused);
 }
 
 bool allDigits(const std::string& text) {
@@ -81,7 +72,7 @@ uint64_t memberTime() {
   const char* epoch = std::getenv(EPOCH_VARIABLE);
   if (epoch == nullptr) return 0;
   if (!allDigits(epoch) || std::string(epoch).size() > EPOCH_DIGITS) {
-    refuse(MakeLineRefused, Lang::instance().get("MakeBadEpoch", epoch));
+    refuse(MakeExitLineRefused, Lang::instance().get("MakeBadEpoch", epoch));
   }
   return std::strtoull(epoch, nullptr, 10);
 }
@@ -95,7 +86,7 @@ std::string shortNameOf(const std::string& output) {
   if (base.size() <= extension.size() ||
       base.compare(base.size() - extension.size(), extension.size(), extension) != 0 ||
       !name.parse(FileSystem::stripExtension(base)) || !LinkLines::plainWord(base)) {
-    refuse(MakeNameRefused, Lang::instance().get("MakeBadName", output));
+    refuse(MakeExitNameRefused, Lang::instance().get("MakeBadName", output));
   }
   return name.name;
 }
@@ -139,7 +130,7 @@ PackageTree readTree(const std::string& dir, const std::string& shortName,
       printError(sentenceOf(problem));
       unreadable = unreadable || problem.kind == TreeFinding::Unreadable;
     }
-    std::exit(unreadable ? MakeReadFailed : MakeTreeRefused);
+    std::exit(unreadable ? MakeExitReadFailed : MakeExitTreeRefused);
   }
   for (const TreeFinding& warning : tree.warnings) printWarning(sentenceOf(warning));
   return tree;
@@ -156,7 +147,7 @@ void writePackage(const PackageTree& tree, const std::string& output, uint64_t t
   // A gzip that dies must fail a write, not end this process with the file left behind.
   std::signal(SIGPIPE, SIG_IGN);
   const int file = mkstemp(&temporary[0]);
-  if (file < 0) refuse(MakeWriteFailed, Lang::instance().get("MakeCannotWrite", output));
+  if (file < 0) refuse(MakeExitWriteFailed, Lang::instance().get("MakeCannotWrite", output));
   pendingFile = temporary.c_str();
   const mode_t mask = umask(0);
   umask(mask);
@@ -173,12 +164,12 @@ void writePackage(const PackageTree& tree, const std::string& output, uint64_t t
   unlink(temporary.c_str());
   pendingFile = nullptr;
   if (result == ArchiveWriter::SourceUnreadable) {
-    refuse(MakeReadFailed, Lang::instance().get("MakeCannotRead", writer.failedSource));
+    refuse(MakeExitReadFailed, Lang::instance().get("MakeCannotRead", writer.failedSource));
   }
   if (result == ArchiveWriter::GzipFailed) {
-    refuse(MakeWriteFailed, Lang::instance().get("MakeGzipFailed"));
+    refuse(MakeExitWriteFailed, Lang::instance().get("MakeGzipFailed"));
   }
-  refuse(MakeWriteFailed, Lang::instance().get("MakeCannotWrite", output));
+  refuse(MakeExitWriteFailed, Lang::instance().get("MakeCannotWrite", output));
 }
 
 }  // namespace
@@ -194,12 +185,12 @@ int main(int argc, char** argv) {
   if (!args.parse(argc, argv)) badLine();
   if (args.optionExists("help", true) || args.optionExists("h", true)) {
     printMessage(Lang::instance().get("MakeHelp", zet::PROGRAM_VERSION));
-    return MakeDone;
+    return MakeExitDone;
   }
   if (args.getArguments().size() != 2) badLine();
   const std::string stamp = args.getValue(STAMP_OPTION);
   if (args.optionExists(STAMP_OPTION, true) && !validStamp(stamp)) {
-    refuse(MakeLineRefused, Lang::instance().get("MakeBadStamp", stamp));
+    refuse(MakeExitLineRefused, Lang::instance().get("MakeBadStamp", stamp));
   }
   const uint64_t time = memberTime();
   const std::string dir = args.getArguments()[0];
@@ -208,5 +199,5 @@ int main(int argc, char** argv) {
 
   const PackageTree tree = readTree(dir, shortName, stamp);
   writePackage(tree, output, time);
-  return MakeDone;
+  return MakeExitDone;
 }

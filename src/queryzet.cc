@@ -11,20 +11,12 @@
 
 #include "args.h"
 #include "constants.h"
+#include "exitstatus.h"
 #include "lang.h"
 #include "messages.h"
 #include "query.h"
 
 namespace {
-
-// Exit statuses of queryzet. When several apply in one run, the highest wins.
-enum QueryExit : int {
-  QueryExitAnswered = 0,      // the question was answered
-  QueryExitNegative = 1,      // --owner found no owner of a path, or --verify something missing
-  QueryExitNotInstalled = 3,  // a named package is not installed, or a pattern matched none
-  QueryExitUnreadable = 4,    // the database, a record or a path to check could not be read
-  QueryExitBadCommandLine = zet::ExitBadCommandLine,  // the command line was refused
-};
 
 int status = QueryExitAnswered;
 
