@@ -6,7 +6,7 @@
 
 #include "constants.h"
 #include "filesystem.h"
-#include "package.h"
+#include "packagename.h"
 #include "packagerecord.h"
 
 namespace {

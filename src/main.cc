@@ -13,12 +13,14 @@
 #include "args.h"
 #include "configfile.h"
 #include "constants.h"
+#include "driver.h"
 #include "exitstatus.h"
 #include "filesystem.h"
 #include "lang.h"
 #include "messages.h"
 #include "package.h"
 #include "packagegroup.h"
+#include "packagename.h"
 #include "tagfile.h"
 #include "temparea.h"
 #include "textvector.h"
@@ -49,12 +51,6 @@ namespace {
 
 Settings settings;
 
-// Every refusal of the command line looks the same, whichever word was wrong.
-[[noreturn]] void badLine() {
-  printError(ErrorBadArgumentLine);
-  leaveRun(ZetExitBadCommandLine);
-}
-
 bool given(const char* name) {
   return Args::instance().optionExists(name, true);
 }
@@ -65,7 +61,7 @@ PackageGroup::OperationType operationFromOptions() {
   for (const char* name : {"install", "i", "remove", "r", "upgrade", "u", "help", "h"}) {
     if (given(name)) ++count;
   }
-  if (count != 1) badLine();
+  if (count != 1) refuseCommandLine(true);
   if (given("install") || given("i")) return PackageGroup::OperationInstall;
   if (given("remove") || given("r")) return PackageGroup::OperationRemove;
   if (given("upgrade") || given("u")) return PackageGroup::OperationUpgrade;
@@ -287,7 +283,7 @@ void buildOptionTable() {
 
 void parseArgs(int argc, char** argv) {
   Args& args = Args::instance();
-  if (!args.parse(argc, argv)) badLine();
+  if (!args.parse(argc, argv)) refuseCommandLine(true);
   if (!given("no-colors")) {
     setColors(1, 14, 15);
     colorsEnabled = true;
@@ -312,10 +308,10 @@ void parseArgs(int argc, char** argv) {
   if (given("root")) FileSystem::instance().setRoot(args.getValue("root"));
   if (given("tagfile")) settings.tagfile = args.getValue("tagfile");
   if (given("priority")) applyPriority(args.getValue("priority"));
-  if (args.getArguments().empty()) badLine();
+  if (args.getArguments().empty()) refuseCommandLine(true);
   applyFlags();
   filterByTagFile();
-  if (!args.onlyAllowed(permittedOptions(settings.operation))) badLine();
+  if (!args.onlyAllowed(permittedOptions(settings.operation))) refuseCommandLine(true);
 }
 
 // Loads every word before anything changes on the system, so one bad word stops the run
@@ -374,8 +370,7 @@ int main(int argc, char** argv) {
   TempArea::instance().create(TEMP_BASE, TEMP_PREFIX);
   FileSystem::instance().makeDir(TempArea::instance().getPath(), false);
 
-  const char* lang = getenv("LANG");
-  loadLanguage(lang ? lang : FALLBACK_LANG);
+  loadStartupLanguage();
   checkTools();
   readConfiguration();
   buildOptionTable();

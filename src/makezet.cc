@@ -16,13 +16,15 @@
 #include "archivewriter.h"
 #include "args.h"
 #include "constants.h"
+#include "driver.h"
 #include "exitstatus.h"
 #include "filesystem.h"
 #include "lang.h"
 #include "linklines.h"
 #include "messages.h"
-#include "package.h"
+#include "packagename.h"
 #include "packagetree.h"
+#include "textutil.h"
 
 namespace {
 
@@ -43,12 +45,6 @@ void removePendingFile(int signal) {
 [[noreturn]] void refuse(int status, const std::string& text) {
   printError(text);
   std::exit(status);
-}
-
-// Every refusal of the command line looks like those of zet's other names.
-[[noreturn]] void badLine() {
-  printError(ErrorBadArgumentLine);
-  std::exit(MakeExitLineRefused);
 }
 
 bool allDigits(const std::string& text) {
@@ -79,12 +75,11 @@ uint64_t memberTime() {
 
 // The short name, from OUTPUT by the rule that zet reads file names with; a name that the
 // unquoted commands of zet would not pass on as one word is refused as well.
-std::string shortNameOf(const std::string& output) {
+std::string shortNameOfOutput(const std::string& output) {
   const std::string base = FileSystem::baseName(output);
   const std::string extension = zet::PACKAGE_EXTENSION;
   PackageName name;
-  if (base.size() <= extension.size() ||
-      base.compare(base.size() - extension.size(), extension.size(), extension) != 0 ||
+  if (base.size() <= extension.size() || !endsWith(base, extension) ||
       !name.parse(FileSystem::stripExtension(base)) || !LinkLines::plainWord(base)) {
     refuse(MakeExitNameRefused, Lang::instance().get("MakeBadName", output));
   }
@@ -175,19 +170,18 @@ void writePackage(const PackageTree& tree, const std::string& output, uint64_t t
 }  // namespace
 
 int main(int argc, char** argv) {
-  const char* lang = std::getenv("LANG");
-  loadLanguage(lang ? lang : zet::FALLBACK_LANG);
+  loadStartupLanguage();
 
   Args& args = Args::instance();
   args.clear();
   for (const char* name : {"help", "h"}) args.addOption(name, false);
   args.addOption(STAMP_OPTION, true);
-  if (!args.parse(argc, argv)) badLine();
+  if (!args.parse(argc, argv)) refuseCommandLine(false);
   if (args.optionExists("help", true) || args.optionExists("h", true)) {
     printMessage(Lang::instance().get("MakeHelp", zet::PROGRAM_VERSION));
     return MakeExitDone;
   }
-  if (args.getArguments().size() != 2) badLine();
+  if (args.getArguments().size() != 2) refuseCommandLine(false);
   const std::string stamp = args.getValue(STAMP_OPTION);
   if (args.optionExists(STAMP_OPTION, true) && !validStamp(stamp)) {
     refuse(MakeExitLineRefused, Lang::instance().get("MakeBadStamp", stamp));
@@ -195,7 +189,7 @@ int main(int argc, char** argv) {
   const uint64_t time = memberTime();
   const std::string dir = args.getArguments()[0];
   const std::string output = args.getArguments()[1];
-  const std::string shortName = shortNameOf(output);
+  const std::string shortName = shortNameOfOutput(output);
 
   const PackageTree tree = readTree(dir, shortName, stamp);
   writePackage(tree, output, time);

@@ -1,6 +1,5 @@
 #include "package.h"
 
-#include <cctype>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
@@ -12,8 +11,10 @@
 #include "dependencystore.h"
 #include "filesystem.h"
 #include "messages.h"
+#include "packagename.h"
 #include "packagerecord.h"
 #include "temparea.h"
+#include "textutil.h"
 
 namespace {
 
@@ -29,11 +30,6 @@ constexpr size_t DESCRIPTION_FILE_LENGTH = sizeof DESCRIPTION_FILE - 1;
 
 // Longest field that a link line of a doinst script is scanned for.
 constexpr size_t SCRIPT_FIELD_SIZE = 1024;
-
-bool endsWith(const std::string& text, const std::string& tail) {
-  return text.size() >= tail.size() &&
-         text.compare(text.size() - tail.size(), tail.size(), tail) == 0;
-}
 
 // A byte count of gzip's listing in units of 1024 bytes, rounded up.
 uint32_t kilobytesOf(const char* token) {
@@ -91,11 +87,11 @@ void readControlFiles(Package& package, const std::string& installDir) {
   readDescriptions(package, installDir);
   fallBackToDefaultLanguage(package);
   package.deps.load((installDir + DEPS_FILE).c_str());
-  Package::stripBlanks(package.deps);
-  Package::dropEmptyLines(package.deps);
+  stripBlanks(package.deps);
+  dropEmptyLines(package.deps);
   // Empty build lines stay: the first line is the build stamp, whatever it holds.
   package.buildInfo.load((installDir + BUILD_FILE).c_str());
-  Package::stripBlanks(package.buildInfo);
+  stripBlanks(package.buildInfo);
 }
 
 // The second line of gzip's listing: compressed, uncompressed, ratio and name. A name with a
@@ -118,46 +114,6 @@ std::unordered_set<std::string> setOf(const TextVector& lines) {
 }
 
 }  // namespace
-
-bool PackageName::parse(const std::string& text) {
-  clear();
-  TextVector tokens;
-  tokens.split('-', text.c_str());
-  const unsigned count = tokens.size();
-  if (count < 4) return false;
-
-  build = tokens[count - 1];
-  architecture = tokens[count - 2];
-  name = tokens[0];
-  bool versionStarted = false;
-  for (unsigned i = 1; i < count - 3; ++i) {
-    if (versionStarted) {
-      version += "-";
-      version += tokens[i];
-    } else if (isVersion(tokens[i])) {
-      version = tokens[i];
-      versionStarted = true;
-    } else {
-      name += "-";
-      name += tokens[i];
-    }
-  }
-  // Joined without a dash: a multi-token version comes out with its last two tokens fused.
-  version += tokens[count - 3];
-  return true;
-}
-
-void PackageName::clear() {
-  name.clear();
-  version.clear();
-  build.clear();
-  architecture.clear();
-}
-
-bool PackageName::isVersion(const std::string& token) {
-  if (token.empty() || !std::isdigit(static_cast<unsigned char>(token[0]))) return false;
-  return token.find('.', 1) != std::string::npos;
-}
 
 Package::Package() : warnOnly(false) {
   reset();
@@ -196,26 +152,6 @@ TextVector Package::descriptionLines(bool stripPrefix) {
     lines.push_back(length > prefixLength ? source[i] + prefixLength : "");
   }
   return lines;
-}
-
-std::string Package::shortNameOf(const std::string& fullName) {
-  PackageName parsed;
-  return parsed.parse(fullName) ? parsed.name : std::string();
-}
-
-void Package::stripBlanks(TextVector& lines) {
-  for (unsigned i = 0; i < lines.size(); ++i) {
-    lines.removeChar(' ', i);
-    lines.removeChar('\t', i);
-  }
-}
-
-void Package::dropEmptyLines(TextVector& lines) {
-  TextVector kept;
-  for (unsigned i = 0; i < lines.size(); ++i) {
-    if (lines[i][0] != '\0') kept.push_back(lines[i]);
-  }
-  lines = kept;
 }
 
 TextFile Package::filterDescription(const TextVector& lines, const std::string& name) {

@@ -11,6 +11,7 @@
 
 #include "constants.h"
 #include "linklines.h"
+#include "textutil.h"
 #include "textvector.h"
 
 namespace {
@@ -24,10 +25,6 @@ constexpr std::string_view DESCRIPTION_MEMBER = "install/slack-desc";
 constexpr const char* SYSTEM_LINK_DIRECTORIES[] = {"bin/", "sbin/", "lib/", "lib64/"};
 constexpr unsigned CONTROL_MODE = 0644;
 constexpr unsigned CONTROL_DIR_MODE = 0755;
-
-bool startsWith(std::string_view text, std::string_view head) {
-  return text.substr(0, head.size()) == head;
-}
 
 // The directory install/ or something in it, by a path with or without its trailing "/".
 bool isControl(const std::string& path) {

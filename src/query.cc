@@ -12,15 +12,12 @@
 #include "constants.h"
 #include "filesystem.h"
 #include "package.h"
+#include "packagename.h"
 #include "packagerecord.h"
+#include "textutil.h"
 #include "textvector.h"
 
 namespace {
-
-bool endsWith(const std::string& text, const std::string& tail) {
-  return text.size() >= tail.size() &&
-         text.compare(text.size() - tail.size(), tail.size(), tail) == 0;
-}
 
 // The version as the name spells it: PackageName fuses the last two tokens of a version of
 // several, which does for comparing names but not for showing one.
@@ -82,7 +79,7 @@ bool Query::open() {
     }
   }
   std::sort(packages.begin(), packages.end());
-  for (const std::string& fullName : packages) shortNames.push_back(Package::shortNameOf(fullName));
+  for (const std::string& fullName : packages) shortNames.push_back(shortNameOf(fullName));
   return true;
 }
 
@@ -129,7 +126,7 @@ std::optional<Query::Info> Query::info(const std::string& fullName) const {
   info.location = record.location;
 
   TextFile stamp(databasePath(zet::BUILD_DIR, fullName).c_str());
-  Package::stripBlanks(stamp);
+  stripBlanks(stamp);
   if (stamp.size() > 0) info.buildStamp = stamp[0];
   info.deps = readDeps(databasePath(zet::DEPS_DIR, fullName));
   if (TextFile::fileExists(databasePath(zet::SCRIPTS_DIR, fullName).c_str())) {
@@ -221,7 +218,7 @@ std::vector<Query::Dependency> Query::depends(const std::string& fullName) const
 }
 
 std::vector<std::string> Query::rdepends(const std::string& fullName) const {
-  const std::string name = Package::shortNameOf(fullName);
+  const std::string name = shortNameOf(fullName);
   std::vector<std::string> dependants;
   // Only installed packages count, whatever else lies in the deps directory.
   for (const std::string& candidate : packages) {
@@ -248,8 +245,8 @@ std::string Query::databasePath(const char* directory, const std::string& fullNa
 // Read as an install writes them: blanks and tabs dropped, empty lines skipped.
 std::vector<std::string> Query::readDeps(const std::string& path) const {
   TextFile lines(path.c_str());
-  Package::stripBlanks(lines);
-  Package::dropEmptyLines(lines);
+  stripBlanks(lines);
+  dropEmptyLines(lines);
   return linesOf(lines);
 }
 

@@ -11,6 +11,7 @@
 
 #include "args.h"
 #include "constants.h"
+#include "driver.h"
 #include "exitstatus.h"
 #include "lang.h"
 #include "messages.h"
@@ -153,20 +154,15 @@ const struct Question {
     {"rdepends", true, answerRdepends},
 };
 
-// Every refusal of the command line looks the same, as with the other programs of zet.
-[[noreturn]] void badLine() {
-  printError(ErrorBadArgumentLine);
-  exit(QueryExitBadCommandLine);
-}
-
 const Question& questionAsked() {
   const Question* asked = nullptr;
   for (const Question& question : QUESTIONS) {
     if (!given(question.option)) continue;
-    if (asked) badLine();
+    if (asked) refuseCommandLine(false);
     asked = &question;
   }
-  if (!asked || (asked->needsWords && Args::instance().getArguments().empty())) badLine();
+  if (!asked || (asked->needsWords && Args::instance().getArguments().empty()))
+    refuseCommandLine(false);
   return *asked;
 }
 
@@ -174,15 +170,13 @@ const Question& questionAsked() {
 
 int main(int argc, char** argv) {
   // Without "LANG" both the sentences and the descriptions are those of "C".
-  const char* lang = getenv("LANG");
-  const std::string language = lang ? lang : zet::FALLBACK_LANG;
-  loadLanguage(language);
+  const std::string language = loadStartupLanguage();
 
   Args& args = Args::instance();
   for (const Question& question : QUESTIONS) args.addOption(question.option, false);
   for (const char* option : {"help", "h"}) args.addOption(option, false);
   for (const char* option : {"root", "lang"}) args.addOption(option, true);
-  if (!args.parse(argc, argv)) badLine();
+  if (!args.parse(argc, argv)) refuseCommandLine(false);
   if (given("lang")) loadLanguage(args.getValue("lang"));
   if (given("help") || given("h")) {
     printMessage(Lang::instance().get("QueryHelp", zet::PROGRAM_VERSION));

@@ -9,6 +9,7 @@
 
 #include "configfile.h"
 #include "package.h"
+#include "packagename.h"
 #include "packagerecord.h"
 #include "tagfile.h"
 

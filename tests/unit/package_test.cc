@@ -1,5 +1,6 @@
 #include "package.h"
 
+#include "packagename.h"
 #include "scratch.h"
 
 TEST(PackageName, ParseSplitsNameVersionArchitectureAndBuild) {
