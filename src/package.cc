@@ -10,6 +10,7 @@
 #include "constants.h"
 #include "dependencystore.h"
 #include "filesystem.h"
+#include "linklines.h"
 #include "messages.h"
 #include "packagename.h"
 #include "packagerecord.h"
@@ -27,9 +28,6 @@ constexpr const char* BUILD_FILE = "/build";
 // "slack-desc" holds the default description, "slack-desc.CODE" the one in language CODE.
 constexpr char DESCRIPTION_FILE[] = "slack-desc";
 constexpr size_t DESCRIPTION_FILE_LENGTH = sizeof DESCRIPTION_FILE - 1;
-
-// Longest field that a link line of a doinst script is scanned for.
-constexpr size_t SCRIPT_FIELD_SIZE = 1024;
 
 // A byte count of gzip's listing in units of 1024 bytes, rounded up.
 uint32_t kilobytesOf(const char* token) {
@@ -339,7 +337,7 @@ void Package::remove() {
 
   DependencyStore store;
   store.loadInstalled();
-  const FileList links = scriptSymlinks(doinstScript);
+  const FileList links = LinkLines::read(doinstScript);
   removeSymlinks(links, symlinksInOtherPackages(links, fullName, root), root);
   removeFiles(files, store.sharedFiles(files, fullName.c_str()), root);
 
@@ -375,27 +373,6 @@ void Package::preserve() {
   buildInfo.save((installDir + "/build").c_str(), true);
 }
 
-FileList Package::scriptSymlinks(const TextVector& script) {
-  // The link field lies directly in front of the directory field, so that the terminator of
-  // a link of the full field size lands on the first byte of the directory and empties it:
-  // old scripts depend on such a line naming no link.
-  char fields[2 * SCRIPT_FIELD_SIZE + 1];
-  char* link = fields;
-  char* directory = fields + SCRIPT_FIELD_SIZE;
-  FileList links;
-  for (unsigned i = 0; i < script.size(); ++i) {
-    link[0] = '\0';
-    directory[0] = '\0';
-    // A partial match still fills what it reached; the fields decide, not the count.
-    [[maybe_unused]] const int matched =
-        std::sscanf(script[i], "( cd %1024s ; rm -rf %1024s )", directory, link);
-    if (directory[0] != '\0' && link[0] != '\0') {
-      links.push_back((std::string(directory) + "/" + link).c_str());
-    }
-  }
-  return links;
-}
-
 TextVector Package::symlinksInOtherPackages(const TextVector& links, const std::string& fullName,
                                             const std::string& root) {
   TextVector shared;
@@ -411,7 +388,7 @@ TextVector Package::symlinksInOtherPackages(const TextVector& links, const std::
     ScriptRunner script;
     const std::string path = FileSystem::databasePath(root, zet::SCRIPTS_DIR, installed[i]);
     if (!script.load(path.c_str())) continue;
-    const FileList otherLinks = scriptSymlinks(script);
+    const FileList otherLinks = LinkLines::read(script);
     for (unsigned j = 0; j < otherLinks.size(); ++j) named.insert(otherLinks[j]);
   }
   for (unsigned i = 0; i < links.size(); ++i) {
@@ -462,7 +439,7 @@ void Package::removeFiles(const TextVector& files, const TextVector& shared,
 }
 
 void Package::warnInstallSymlinks() {
-  const FileList links = scriptSymlinks(doinstScript);
+  const FileList links = LinkLines::read(doinstScript);
   if (links.size() == 0) return;
   const std::string root = FileSystem::instance().getRoot();
   printMessage(MessageShowWarnDirs);
@@ -486,7 +463,7 @@ void Package::warnInstallOverwrites() {
 
 void Package::warnRemove() {
   // Neither other packages nor the disk are asked: this lists everything the package names.
-  const FileList links = scriptSymlinks(doinstScript);
+  const FileList links = LinkLines::read(doinstScript);
   for (unsigned i = 0; i < links.size(); ++i) printMessage(MessageSymlinkWouldBeDeleted, links[i]);
   for (unsigned i = 0; i < files.size(); ++i) {
     // The empty string, "." and "./": unlike removeFiles, ".profile" is listed.

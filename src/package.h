@@ -52,8 +52,6 @@ class Package {
   // /var/log/setup/tmp/preserved_packages.
   void preserve();
 
-  // The links named by the "( cd DIR ; rm -rf LINK )" lines of a doinst script, as DIR/LINK.
-  static FileList scriptSymlinks(const TextVector& script);
   // Those of `links` that the stored doinst script of another installed package names too.
   static TextVector symlinksInOtherPackages(const TextVector& links, const std::string& fullName,
                                             const std::string& root);

@@ -11,7 +11,7 @@
 
 #include "constants.h"
 #include "filesystem.h"
-#include "package.h"
+#include "linklines.h"
 #include "packagename.h"
 #include "packagerecord.h"
 #include "textutil.h"
@@ -253,7 +253,7 @@ std::vector<std::string> Query::readDeps(const std::string& path) const {
 FileList Query::links(const std::string& fullName) const {
   // A package without a stored doinst script has no links.
   const TextFile script(databasePath(zet::SCRIPTS_DIR, fullName).c_str());
-  return Package::scriptSymlinks(script);
+  return LinkLines::read(script);
 }
 
 void Query::listRecord(const std::string& fullName,
