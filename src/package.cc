@@ -19,15 +19,7 @@
 
 namespace {
 
-// Members of a package's install/ directory that the loader reads.
-constexpr const char* PREINST_SCRIPT = "/preinst.sh";
-constexpr const char* DOINST_SCRIPT = "/doinst.sh";
-constexpr const char* POSTINST_SCRIPT = "/postinst.sh";
-constexpr const char* DEPS_FILE = "/deps";
-constexpr const char* BUILD_FILE = "/build";
-// "slack-desc" holds the default description, "slack-desc.CODE" the one in language CODE.
-constexpr char DESCRIPTION_FILE[] = "slack-desc";
-constexpr size_t DESCRIPTION_FILE_LENGTH = sizeof DESCRIPTION_FILE - 1;
+const size_t DESCRIPTION_FILE_LENGTH = std::strlen(zet::DESCRIPTION_FILE);
 
 // A byte count of gzip's listing in units of 1024 bytes, rounded up.
 uint32_t kilobytesOf(const char* token) {
@@ -55,7 +47,7 @@ void readDescriptions(Package& package, const std::string& installDir) {
   const TextVector& entries = fileSystem.entries();
   for (unsigned i = 0; i < entries.size(); ++i) {
     const char* entry = entries[i];
-    if (std::strncmp(entry, DESCRIPTION_FILE, DESCRIPTION_FILE_LENGTH) != 0) continue;
+    if (std::strncmp(entry, zet::DESCRIPTION_FILE, DESCRIPTION_FILE_LENGTH) != 0) continue;
     TextFile lines;
     lines.load((installDir + "/" + entry).c_str());
     lines = Package::filterDescription(lines, package.name);
@@ -79,16 +71,16 @@ void fallBackToDefaultLanguage(Package& package) {
 
 // Scripts, descriptions, deps and build of an extracted install/ directory; each may be absent.
 void readControlFiles(Package& package, const std::string& installDir) {
-  package.preinstScript.load((installDir + PREINST_SCRIPT).c_str());
-  package.doinstScript.load((installDir + DOINST_SCRIPT).c_str());
-  package.postinstScript.load((installDir + POSTINST_SCRIPT).c_str());
+  package.preinstScript.load((installDir + "/" + zet::PREINST_SCRIPT).c_str());
+  package.doinstScript.load((installDir + "/" + zet::DOINST_SCRIPT).c_str());
+  package.postinstScript.load((installDir + "/" + zet::POSTINST_SCRIPT).c_str());
   readDescriptions(package, installDir);
   fallBackToDefaultLanguage(package);
-  package.deps.load((installDir + DEPS_FILE).c_str());
+  package.deps.load((installDir + "/" + zet::DEPS_FILE).c_str());
   stripBlanks(package.deps);
   dropEmptyLines(package.deps);
   // Empty build lines stay: the first line is the build stamp, whatever it holds.
-  package.buildInfo.load((installDir + BUILD_FILE).c_str());
+  package.buildInfo.load((installDir + "/" + zet::BUILD_FILE).c_str());
   stripBlanks(package.buildInfo);
 }
 
@@ -199,14 +191,14 @@ bool Package::loadFromFile(const std::string& path) {
 
   const std::string temp = TempArea::instance().getPath();
   const std::string extract =
-      std::string(zet::TAR_TOOL) + " xzf " + path + " -C " + temp + " " + zet::TEMP_INSTALL;
+      std::string(zet::TAR_TOOL) + " xzf " + path + " -C " + temp + " " + zet::CONTROL_DIR;
   DebugLog::instance() << "exe: " << extract << "\n";
   if (std::system(extract.c_str()) != 0) {
     lastError = LoadExtractFailed;
     return false;
   }
 
-  const std::string installDir = temp + "/" + zet::TEMP_INSTALL;
+  const std::string installDir = temp + "/" + zet::CONTROL_DIR;
   readControlFiles(*this, installDir);
   fileSystem.removeTree(installDir, false);
 
@@ -307,7 +299,7 @@ void Package::install() {
   [[maybe_unused]] const int status = std::system(unpack.c_str());
   // The control files came along with the archive and do not belong on the system, whatever
   // stood there before.
-  FileSystem::instance().removeTree("/install", true);
+  FileSystem::instance().removeTree(std::string("/") + zet::CONTROL_DIR, true);
 
   if (doinstScript.hasLines()) {
     doinstScript.run("-install", root);
@@ -364,13 +356,13 @@ void Package::preserve() {
       fileSystem.copy(target, files[i], true, true);
     }
   }
-  fileSystem.makeDir(base + "/install", true);
+  fileSystem.makeDir(base + "/" + zet::CONTROL_DIR, true);
   // Always written, empty or not, so the tree has the layout of an unpacked package.
   const std::string installDir =
-      FileSystem::databasePath(root, zet::PRESERVED_DIR, fullName) + "/install";
-  doinstScript.save((installDir + "/doinst.sh").c_str(), true);
-  postinstScript.save((installDir + "/postinst.sh").c_str(), true);
-  buildInfo.save((installDir + "/build").c_str(), true);
+      FileSystem::databasePath(root, zet::PRESERVED_DIR, fullName) + "/" + zet::CONTROL_DIR + "/";
+  doinstScript.save((installDir + zet::DOINST_SCRIPT).c_str(), true);
+  postinstScript.save((installDir + zet::POSTINST_SCRIPT).c_str(), true);
+  buildInfo.save((installDir + zet::BUILD_FILE).c_str(), true);
 }
 
 TextVector Package::symlinksInOtherPackages(const TextVector& links, const std::string& fullName,

@@ -130,10 +130,10 @@ std::optional<Query::Info> Query::info(const std::string& fullName) const {
   if (stamp.size() > 0) info.buildStamp = stamp[0];
   info.deps = readDeps(databasePath(zet::DEPS_DIR, fullName));
   if (TextFile::fileExists(databasePath(zet::SCRIPTS_DIR, fullName).c_str())) {
-    info.scripts.push_back("doinst.sh");
+    info.scripts.push_back(zet::DOINST_SCRIPT);
   }
   if (TextFile::fileExists(databasePath(zet::POSTINST_DIR, fullName).c_str())) {
-    info.scripts.push_back("postinst.sh");
+    info.scripts.push_back(zet::POSTINST_SCRIPT);
   }
   listRecord(fullName, [&info](std::string_view) { ++info.files; });
   info.links = links(fullName).size();
