@@ -22,15 +22,6 @@ FileSystem& FileSystem::instance() {
   return fileSystem;
 }
 
-std::string FileSystem::databaseEntry(const char* directory, const std::string& name) {
-  return std::string(directory) + "/" + name;
-}
-
-std::string FileSystem::databasePath(const std::string& root, const char* directory,
-                                     const std::string& name) {
-  return root + "/" + databaseEntry(directory, name);
-}
-
 std::string FileSystem::plainPath(const std::string& path, bool underRoot) const {
   return underRoot ? root + "/" + path : path;
 }

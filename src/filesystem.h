@@ -43,13 +43,6 @@ class FileSystem : public FileList {
   // Makes the path and all its parents; always true.
   bool makePath(const std::string& path, bool underRoot) const;
 
-  // The file `name` in the database directory `directory` (such as /var/log/packages), as
-  // the operations under the root take it: directory "/" name.
-  static std::string databaseEntry(const char* directory, const std::string& name);
-  // The same file under `root`, for reading and writing it directly: root "/" directory "/"
-  // name, which gives "///var/log/packages/NAME" with the root "/".
-  static std::string databasePath(const std::string& root, const char* directory,
-                                  const std::string& name);
   // The text behind the last "/"; empty for a trailing slash, `path` itself without one.
   static std::string baseName(const std::string& path);
   // The text before the last dot at index 1 or later; empty when there is none.

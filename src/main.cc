@@ -13,6 +13,7 @@
 #include "args.h"
 #include "configfile.h"
 #include "constants.h"
+#include "database.h"
 #include "driver.h"
 #include "exitstatus.h"
 #include "filesystem.h"
@@ -159,7 +160,7 @@ void leaveOnDatabaseError(const Package& package, const std::string& word) {
     case LoadRecordUnreadable:
       // The database path as formed, doubled slashes and all.
       printError(ErrorFileDoNotExist,
-                 FileSystem::databasePath(FileSystem::instance().getRoot(), PACKAGES_DIR, word));
+                 Database::ofRoot(FileSystem::instance().getRoot()).path(PACKAGES_DIR, word));
       leaveRun(ZetExitBadPackage);
     case LoadNotInstalled:
       printError(ErrorPackageNotInstalled, word);

@@ -8,6 +8,7 @@
 #include <unordered_set>
 
 #include "constants.h"
+#include "database.h"
 #include "dependencystore.h"
 #include "filesystem.h"
 #include "linklines.h"
@@ -241,6 +242,7 @@ bool Package::loadFromDatabase(std::string nameOrFile) {
     return false;
   }
   const std::string root = FileSystem::instance().getRoot();
+  const Database database = Database::ofRoot(root);
   PackageRecord record;
   // The installed path begins with a slash of its own: root "/" "/var/log/packages/" entry.
   if (!record.read(root + "/" + store.installedPath(lookupName.c_str()))) {
@@ -258,13 +260,13 @@ bool Package::loadFromDatabase(std::string nameOrFile) {
   files = record.files;
 
   // What install wrote has no empty lines, so none are dropped here.
-  deps.load(FileSystem::databasePath(root, zet::DEPS_DIR, fullName).c_str());
+  deps.load(database.path(zet::DEPS_DIR, fullName).c_str());
   stripBlanks(deps);
-  buildInfo.load(FileSystem::databasePath(root, zet::BUILD_DIR, fullName).c_str());
+  buildInfo.load(database.path(zet::BUILD_DIR, fullName).c_str());
   stripBlanks(buildInfo);
   fallBackToDefaultLanguage(*this);
-  doinstScript.load(FileSystem::databasePath(root, zet::SCRIPTS_DIR, fullName).c_str());
-  postinstScript.load(FileSystem::databasePath(root, zet::POSTINST_DIR, fullName).c_str());
+  doinstScript.load(database.path(zet::SCRIPTS_DIR, fullName).c_str());
+  postinstScript.load(database.path(zet::POSTINST_DIR, fullName).c_str());
   fromDatabase = true;
   return true;
 }
@@ -277,6 +279,7 @@ void Package::install() {
     return;
   }
   const std::string root = FileSystem::instance().getRoot();
+  const Database database = Database::ofRoot(root);
   // The empty argument still leaves its blank at the end of the command.
   if (preinstScript.hasLines()) preinstScript.run("", root);
 
@@ -290,7 +293,7 @@ void Package::install() {
   fillRecord(record);
   // Written before the first file is unpacked, so that even a broken unpacking leaves the
   // package known to the database and removable.
-  record.write(FileSystem::databasePath(root, zet::PACKAGES_DIR, fullName));
+  record.write(database.path(zet::PACKAGES_DIR, fullName));
 
   const std::string unpack =
       std::string(zet::TAR_TOOL) + " -xzlUpf " + location + " -C " + root + " 1>/dev/null";
@@ -303,18 +306,17 @@ void Package::install() {
 
   if (doinstScript.hasLines()) {
     doinstScript.run("-install", root);
-    doinstScript.save(FileSystem::databasePath(root, zet::SCRIPTS_DIR, fullName).c_str(), true);
+    doinstScript.save(database.path(zet::SCRIPTS_DIR, fullName).c_str(), true);
   }
   if (postinstScript.hasLines()) {
     postinstScript.run("--afterinstall", root);
-    postinstScript.save(FileSystem::databasePath(root, zet::POSTINST_DIR, fullName).c_str(), true);
+    postinstScript.save(database.path(zet::POSTINST_DIR, fullName).c_str(), true);
   }
   // Only files with lines are written, so an older file of the same name may stay.
   if (buildInfo.size() > 0) {
-    buildInfo.save(FileSystem::databasePath(root, zet::BUILD_DIR, fullName).c_str(), true);
+    buildInfo.save(database.path(zet::BUILD_DIR, fullName).c_str(), true);
   }
-  if (deps.size() > 0)
-    deps.save(FileSystem::databasePath(root, zet::DEPS_DIR, fullName).c_str(), true);
+  if (deps.size() > 0) deps.save(database.path(zet::DEPS_DIR, fullName).c_str(), true);
 }
 
 void Package::remove() {
@@ -338,14 +340,14 @@ void Package::remove() {
   // The record goes last: while any other entry is left, the package can still be found.
   for (const char* directory :
        {zet::DEPS_DIR, zet::BUILD_DIR, zet::SCRIPTS_DIR, zet::POSTINST_DIR, zet::PACKAGES_DIR}) {
-    fileSystem.remove(FileSystem::databaseEntry(directory, fullName), true);
+    fileSystem.remove(Database::entry(directory, fullName), true);
   }
 }
 
 void Package::preserve() {
   FileSystem& fileSystem = FileSystem::instance();
   const std::string root = fileSystem.getRoot();
-  const std::string base = FileSystem::databaseEntry(zet::PRESERVED_DIR, fullName);
+  const std::string base = Database::entry(zet::PRESERVED_DIR, fullName);
   fileSystem.makeDir(base, true);
   // One level at a time: the listing names each directory ahead of what lies in it.
   for (unsigned i = 0; i < files.size(); ++i) {
@@ -359,7 +361,7 @@ void Package::preserve() {
   fileSystem.makeDir(base + "/" + zet::CONTROL_DIR, true);
   // Always written, empty or not, so the tree has the layout of an unpacked package.
   const std::string installDir =
-      FileSystem::databasePath(root, zet::PRESERVED_DIR, fullName) + "/" + zet::CONTROL_DIR + "/";
+      Database::ofRoot(root).path(zet::PRESERVED_DIR, fullName) + "/" + zet::CONTROL_DIR + "/";
   doinstScript.save((installDir + zet::DOINST_SCRIPT).c_str(), true);
   postinstScript.save((installDir + zet::POSTINST_SCRIPT).c_str(), true);
   buildInfo.save((installDir + zet::BUILD_FILE).c_str(), true);
@@ -369,18 +371,15 @@ TextVector Package::symlinksInOtherPackages(const TextVector& links, const std::
                                             const std::string& root) {
   TextVector shared;
   if (links.size() == 0) return shared;
-  DependencyStore store;
-  store.loadInstalled();
-  const TextVector& installed = store.installedEntries();
+  Database database = Database::ofRoot(root);
+  database.load();
+  const TextVector& installed = database.listing();
 
   // One pass over the stored scripts; a package without one names nothing.
   std::unordered_set<std::string> named;
   for (unsigned i = 0; i < installed.size(); ++i) {
     if (fullName == installed[i]) continue;
-    ScriptRunner script;
-    const std::string path = FileSystem::databasePath(root, zet::SCRIPTS_DIR, installed[i]);
-    if (!script.load(path.c_str())) continue;
-    const FileList otherLinks = LinkLines::read(script);
+    const FileList otherLinks = database.links(installed[i]);
     for (unsigned j = 0; j < otherLinks.size(); ++j) named.insert(otherLinks[j]);
   }
   for (unsigned i = 0; i < links.size(); ++i) {
