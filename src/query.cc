@@ -10,6 +10,7 @@
 #include <unordered_map>
 
 #include "constants.h"
+#include "dependencystore.h"
 #include "filesystem.h"
 #include "packagename.h"
 #include "packagerecord.h"
@@ -185,13 +186,12 @@ std::vector<Query::Dependency> Query::depends(const std::string& fullName) const
 }
 
 std::vector<std::string> Query::rdepends(const std::string& fullName) const {
-  const std::string name = shortNameOf(fullName);
+  DependencyStore store(database);
+  store.addOutgoing(shortNameOf(fullName).c_str());
+  const TextVector entries = store.dependents();
   std::vector<std::string> dependants;
-  // Only installed packages count, whatever else lies in the deps directory.
-  for (const std::string& candidate : database.installed()) {
-    const std::vector<std::string> deps = database.deps(candidate);
-    if (std::find(deps.begin(), deps.end(), name) != deps.end()) dependants.push_back(candidate);
-  }
+  for (unsigned i = 0; i < entries.size(); ++i) dependants.emplace_back(entries[i]);
+  std::sort(dependants.begin(), dependants.end());
   return dependants;
 }
 
