@@ -79,10 +79,8 @@ std::string Database::buildStamp(const std::string& fullName) const {
   return lines.size() > 0 ? lines[0] : "";
 }
 
-std::vector<std::string> Database::description(const std::string& fullName,
-                                               const std::string& language) const {
-  PackageRecord record;
-  record.read(path(zet::PACKAGES_DIR, fullName));
+std::vector<std::string> Database::description(const PackageRecord& record,
+                                               const std::string& language) {
   auto found = record.descriptions.find(language);
   if (found == record.descriptions.end()) found = record.descriptions.find(zet::FALLBACK_LANG);
   return found == record.descriptions.end() ? std::vector<std::string>() : linesOf(found->second);

@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "filelist.h"
+#include "packagerecord.h"
 #include "textvector.h"
 
 // The database of one root, read on demand; nothing is cached but the listing of load().
@@ -48,10 +49,10 @@ class Database {
   std::vector<std::string> deps(const std::string& fullName) const;
   // The first build line, blanks and tabs dropped; empty when there is none.
   std::string buildStamp(const std::string& fullName) const;
-  // The description lines of the entry's record in `language`, else in the default language,
-  // as an install shows them; none when the record has neither or cannot be read.
-  std::vector<std::string> description(const std::string& fullName,
-                                       const std::string& language) const;
+  // The description lines of an entry's record in `language`, else in the default language,
+  // as an install shows them; none when the record has neither.
+  static std::vector<std::string> description(const PackageRecord& record,
+                                              const std::string& language);
   // The links that the entry's stored doinst script names; none without a script.
   FileList links(const std::string& fullName) const;
 

@@ -114,7 +114,7 @@ std::optional<Query::Info> Query::info(const std::string& fullName) const {
   }
   listRecord(fullName, [&info](std::string_view) { ++info.files; });
   info.links = database.links(fullName).size();
-  info.description = database.description(fullName, language);
+  info.description = Database::description(record, language);
   return info;
 }
 
