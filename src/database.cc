@@ -1,7 +1,6 @@
 #include "database.h"
 
 #include <algorithm>
-#include <cstring>
 
 #include "constants.h"
 #include "filesystem.h"
@@ -39,9 +38,7 @@ bool Database::load() {
   entries = fileSystem.entries();
   fullNames.clear();
   for (unsigned i = 0; i < entries.size(); ++i) {
-    if (std::strcmp(entries[i], ".") != 0 && std::strcmp(entries[i], "..") != 0) {
-      fullNames.emplace_back(entries[i]);
-    }
+    if (!FileSystem::isDotEntry(entries[i])) fullNames.emplace_back(entries[i]);
   }
   std::sort(fullNames.begin(), fullNames.end());
   names.clear();

@@ -17,16 +17,12 @@ std::string packagesListing() {
   return std::string("/") + zet::PACKAGES_DIR + "/";
 }
 
-bool isDotEntry(const char* entry) {
-  return std::strcmp(entry, ".") == 0 || std::strcmp(entry, "..") == 0;
-}
-
 // The short names of the installed packages, then the incoming ones not yet among them.
 TextVector providedNames(const TextVector& installed, const TextVector& incoming) {
   TextVector provided;
   for (unsigned i = 0; i < installed.size(); ++i) {
     PackageName parsed;
-    if (!isDotEntry(installed[i]) && parsed.parse(installed[i])) {
+    if (!FileSystem::isDotEntry(installed[i]) && parsed.parse(installed[i])) {
       provided.push_back(parsed.name.c_str());
     }
   }

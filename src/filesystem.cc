@@ -31,10 +31,7 @@ std::string FileSystem::rootedPath(const std::string& path, bool underRoot) cons
 }
 
 bool FileSystem::exists(const std::string& path, bool underRoot) const {
-  FILE* file = fopen(plainPath(path, underRoot).c_str(), "r");
-  if (file == nullptr) return false;
-  fclose(file);
-  return true;
+  return TextFile::fileExists(plainPath(path, underRoot).c_str());
 }
 
 bool FileSystem::isDirectory(const std::string& path) {
@@ -61,7 +58,7 @@ void FileSystem::removeTree(const std::string& path, bool underRoot) {
   descent.push_back(path);
   const TextVector names = entries();
   for (unsigned i = 0; i < names.size(); ++i) {
-    if (strcmp(names[i], ".") == 0 || strcmp(names[i], "..") == 0) continue;
+    if (isDotEntry(names[i])) continue;
     removeTree(names[i], underRoot);
   }
   descent.pop_back();
@@ -78,6 +75,10 @@ bool FileSystem::list(const std::string& path, bool underRoot) {
 }
 
 // The overwrite test always looks under the root, whatever `underRoot` says.
+bool FileSystem::isDotEntry(const char* name) {
+  return strcmp(name, ".") == 0 || strcmp(name, "..") == 0;
+}
+
 bool FileSystem::copy(const std::string& destination, const std::string& source, bool overwrite,
                       bool underRoot) const {
   if (!overwrite && exists(destination, true)) return false;

@@ -34,6 +34,8 @@ class FileSystem : public FileList {
   // Reads one directory, "." and ".." included, into the list. False keeps the old list.
   bool list(const std::string& path, bool underRoot);
   TextVector& entries() { return *this; }
+  // "." or "..", which every listing holds.
+  static bool isDotEntry(const char* name);
   // Copies one file with mode and owner; false only when a file could not be opened or
   // `overwrite` is false and the destination exists under the root.
   bool copy(const std::string& destination, const std::string& source, bool overwrite,
