@@ -10,6 +10,7 @@
 #define ZET_DATABASE_H
 
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "filelist.h"

@@ -2,6 +2,7 @@
 #define ZET_DEPENDENCYSTORE_H
 
 #include <string>
+#include <utility>
 
 #include "database.h"
 #include "textvector.h"
