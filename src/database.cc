@@ -9,16 +9,6 @@
 #include "packagerecord.h"
 #include "textutil.h"
 
-namespace {
-
-std::vector<std::string> linesOf(const TextVector& lines) {
-  std::vector<std::string> copy;
-  for (unsigned i = 0; i < lines.size(); ++i) copy.emplace_back(lines[i]);
-  return copy;
-}
-
-}  // namespace
-
 Database Database::ofRoot(const std::string& root) {
   // The packages are listed from "/" "/var/log/packages" "/" under the root: one slash more
   // in front than the files in that directory have.

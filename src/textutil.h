@@ -2,7 +2,9 @@
 #ifndef ZET_TEXTUTIL_H
 #define ZET_TEXTUTIL_H
 
+#include <string>
 #include <string_view>
+#include <vector>
 
 #include "textvector.h"
 
@@ -12,5 +14,7 @@ bool endsWith(std::string_view text, std::string_view tail);
 // read that way, so that the halves of a name with a blank in it join.
 void stripBlanks(TextVector& lines);
 void dropEmptyLines(TextVector& lines);
+// The lines as strings of their own.
+std::vector<std::string> linesOf(const TextVector& lines);
 
 #endif
