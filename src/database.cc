@@ -57,7 +57,7 @@ std::vector<std::string> Database::deps(const std::string& fullName) const {
   TextFile lines(path(zet::DEPS_DIR, fullName).c_str());
   stripBlanks(lines);
   dropEmptyLines(lines);
-  return linesOf(lines);
+  return stringsOf(lines);
 }
 
 std::string Database::buildStamp(const std::string& fullName) const {
@@ -70,7 +70,7 @@ std::vector<std::string> Database::description(const PackageRecord& record,
                                                const std::string& language) {
   auto found = record.descriptions.find(language);
   if (found == record.descriptions.end()) found = record.descriptions.find(zet::FALLBACK_LANG);
-  return found == record.descriptions.end() ? std::vector<std::string>() : linesOf(found->second);
+  return found == record.descriptions.end() ? std::vector<std::string>() : stringsOf(found->second);
 }
 
 FileList Database::links(const std::string& fullName) const {

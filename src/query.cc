@@ -188,7 +188,7 @@ std::vector<Query::Dependency> Query::depends(const std::string& fullName) const
 std::vector<std::string> Query::rdepends(const std::string& fullName) const {
   DependencyStore store(database);
   store.addOutgoing(shortNameOf(fullName).c_str());
-  std::vector<std::string> dependants = linesOf(store.dependents());
+  std::vector<std::string> dependants = stringsOf(store.dependents());
   std::sort(dependants.begin(), dependants.end());
   return dependants;
 }

@@ -23,7 +23,7 @@ void dropEmptyLines(TextVector& lines) {
   lines = kept;
 }
 
-std::vector<std::string> linesOf(const TextVector& lines) {
+std::vector<std::string> stringsOf(const TextVector& lines) {
   std::vector<std::string> copy;
   for (unsigned i = 0; i < lines.size(); ++i) copy.emplace_back(lines[i]);
   return copy;

@@ -15,6 +15,6 @@ bool endsWith(std::string_view text, std::string_view tail);
 void stripBlanks(TextVector& lines);
 void dropEmptyLines(TextVector& lines);
 // The lines as strings of their own.
-std::vector<std::string> linesOf(const TextVector& lines);
+std::vector<std::string> stringsOf(const TextVector& lines);
 
 #endif
