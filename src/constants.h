@@ -45,28 +45,23 @@ constexpr const char* DEFAULT_TAGFILE = "tagfile";
 constexpr const char* PROGRAM_VERSION = "1.0rc1";
 
 constexpr const char* PACKAGE_EXTENSION = ".tgz";
+// A package's control files: the directory at the top of its archive that holds them, that
+// directory as the archive lists it, and the files in it.
+constexpr const char* CONTROL_DIR = "install";
 constexpr const char* INSTALL_DIR_MEMBER = "install/";
+constexpr const char* PREINST_SCRIPT = "preinst.sh";
+constexpr const char* DOINST_SCRIPT = "doinst.sh";
+constexpr const char* POSTINST_SCRIPT = "postinst.sh";
+constexpr const char* DEPS_FILE = "deps";
+constexpr const char* BUILD_FILE = "build";
+// "slack-desc" holds the default description, "slack-desc.CODE" the one in language CODE.
+constexpr const char* DESCRIPTION_FILE = "slack-desc";
 
 // Names of the scratch files inside the temporary directory.
 constexpr const char* TEMP_FILELIST = "filelist";
-constexpr const char* TEMP_INSTALL = "install";
 constexpr const char* TEMP_SIZE_INFO = "size-info";
 constexpr const char* TEMP_SCRIPT = "script";
 constexpr const char* TEMP_MENU_RESULT = "menudialog-result";
-
-// Exit statuses of the program.
-enum ExitStatus : int {
-  ExitOk = 0,                // done, help shown, or a dependency list shown
-  ExitTarFailed = 1,         // a package file could not be listed or unpacked by tar
-  ExitGzipFailed = 2,        // gzip could not tell a package file's sizes
-  ExitBadPackage = 3,        // bad file name, unreadable record, or package not installed
-  ExitNoPackageFile = 4,     // the package file does not exist
-  ExitDepsFailed = 5,        // dependencies not met, or other packages need the ones removed
-  ExitAlreadyInstalled = 6,  // the package is installed already
-  ExitNotRoot = 96,          // not running as root
-  ExitBadCommandLine = 98,   // the command line was refused
-  ExitUpgradeRefused = -1,   // an upgrade was refused (255 to the shell)
-};
 
 }  // namespace zet
 

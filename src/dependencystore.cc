@@ -6,19 +6,15 @@
 
 #include "constants.h"
 #include "filesystem.h"
-#include "package.h"
+#include "packagename.h"
 #include "packagerecord.h"
 
 namespace {
 
-// The installed set is listed, and its records are named, from "/" "/var/log/packages" "/":
-// under the root that gives root "/" "//var/log/packages/".
+// Where installedPath() finds a record: the directory as the installed set is listed from
+// it, "/" "/var/log/packages" "/", without the root.
 std::string packagesListing() {
   return std::string("/") + zet::PACKAGES_DIR + "/";
-}
-
-bool isDotEntry(const char* entry) {
-  return std::strcmp(entry, ".") == 0 || std::strcmp(entry, "..") == 0;
 }
 
 // The short names of the installed packages, then the incoming ones not yet among them.
@@ -26,7 +22,7 @@ TextVector providedNames(const TextVector& installed, const TextVector& incoming
   TextVector provided;
   for (unsigned i = 0; i < installed.size(); ++i) {
     PackageName parsed;
-    if (!isDotEntry(installed[i]) && parsed.parse(installed[i])) {
+    if (!FileSystem::isDotEntry(installed[i]) && parsed.parse(installed[i])) {
       provided.push_back(parsed.name.c_str());
     }
   }
@@ -49,10 +45,10 @@ TextVector missingNames(const TextVector& required, const TextVector& provided) 
 }
 
 // The entries of the deps directory, without those of the outgoing packages themselves.
-TextVector dependentCandidates(const TextVector& outgoing) {
+TextVector dependentCandidates(const Database& database, const TextVector& outgoing) {
   FileSystem& fileSystem = FileSystem::instance();
-  // Under the root this is root "/" "/var/log/deps/": one slash fewer than the packages.
-  fileSystem.list(std::string(zet::DEPS_DIR) + "/", true);
+  // Under zet's root this is root "/" "/var/log/deps/": one slash fewer than the packages.
+  fileSystem.list(database.under(zet::DEPS_DIR) + "/", false);
   TextVector candidates(fileSystem.entries());
   for (int i = 0; i < static_cast<int>(candidates.size()); ++i) {
     // A name twice in `outgoing` steps the index back twice, even below the first entry.
@@ -68,39 +64,52 @@ TextVector dependentCandidates(const TextVector& outgoing) {
   return candidates;
 }
 
-// The short name of each candidate whose deps file names an outgoing package, each once.
-TextVector dependentNames(const TextVector& candidates, const TextVector& outgoing) {
-  const std::string root = FileSystem::instance().getRoot();
-  TextVector dependents;
+// The candidates whose deps file names an outgoing package, each once.
+TextVector namingOutgoing(const Database& database, const TextVector& candidates,
+                          const TextVector& outgoing) {
+  TextVector found;
   for (unsigned i = 0; i < candidates.size(); ++i) {
     PackageName parsed;
     if (!parsed.parse(candidates[i])) continue;
-    const TextFile lines(FileSystem::databasePath(root, zet::DEPS_DIR, candidates[i]).c_str());
+    const TextFile lines(database.path(zet::DEPS_DIR, candidates[i]).c_str());
     for (unsigned j = 0; j < outgoing.size(); ++j) {
-      if (lines.find(outgoing[j]) >= 0 && dependents.find(parsed.name.c_str()) < 0) {
-        dependents.push_back(parsed.name.c_str());
+      if (lines.find(outgoing[j]) >= 0) {
+        found.push_back(candidates[i]);
+        break;
       }
     }
   }
-  return dependents;
+  return found;
+}
+
+// The short name of each entry, each once, in the order of the entries.
+TextVector shortNamesOnce(const TextVector& entries) {
+  TextVector names;
+  for (unsigned i = 0; i < entries.size(); ++i) {
+    const std::string name = shortNameOf(entries[i]);
+    if (names.find(name.c_str()) < 0) names.push_back(name.c_str());
+  }
+  return names;
 }
 
 }  // namespace
 
-void DependencyStore::loadInstalled() {
-  FileSystem& fileSystem = FileSystem::instance();
-  fileSystem.list(packagesListing(), true);
-  installed = fileSystem.entries();
-}
+DependencyStore::DependencyStore() : database(Database::ofRoot(FileSystem::instance().getRoot())) {}
 
 void DependencyStore::addRequired(const char* name) {
   if (required.find(name) < 0) required.push_back(name);
 }
 
 TextVector DependencyStore::resolve(int mode) {
-  if (mode == ResolveMissing) return missingNames(required, providedNames(installed, incoming));
-  if (mode == ResolveDependents) return dependentNames(dependentCandidates(outgoing), outgoing);
+  if (mode == ResolveMissing) {
+    return missingNames(required, providedNames(database.listing(), incoming));
+  }
+  if (mode == ResolveDependents) return shortNamesOnce(dependents());
   return TextVector();
+}
+
+TextVector DependencyStore::dependents() const {
+  return namingOutgoing(database, dependentCandidates(database, outgoing), outgoing);
 }
 
 void DependencyStore::eraseAt(TextVector& vector, int index) {
@@ -114,12 +123,12 @@ TextVector DependencyStore::sharedFiles(TextVector files, const char* ownName) {
   std::unordered_set<std::string_view> unclaimed;
   for (unsigned i = 0; i < files.size(); ++i) unclaimed.insert(files[i]);
 
-  const std::string root = FileSystem::instance().getRoot();
+  const TextVector& installed = database.listing();
   for (unsigned i = 0; i < installed.size(); ++i) {
     if (std::strcmp(installed[i], ownName) == 0) continue;
     // "." and ".." and unreadable records simply list nothing.
     PackageRecord::forEachListedFile(
-        FileSystem::databasePath(root, zet::PACKAGES_DIR, installed[i]),
+        database.path(zet::PACKAGES_DIR, installed[i]),
         [&unclaimed](std::string_view path) { unclaimed.erase(path); });
   }
 
@@ -132,6 +141,7 @@ TextVector DependencyStore::sharedFiles(TextVector files, const char* ownName) {
 
 std::string DependencyStore::installedPath(const char* name) {
   const std::string prefix = packagesListing();
+  const TextVector& installed = database.listing();
   for (unsigned i = 0; i < installed.size(); ++i) {
     PackageName parsed;
     if (std::strcmp(installed[i], name) == 0 ||
@@ -143,6 +153,7 @@ std::string DependencyStore::installedPath(const char* name) {
 }
 
 std::string DependencyStore::fullNameOf(const std::string& name) {
+  const TextVector& installed = database.listing();
   for (unsigned i = 0; i < installed.size(); ++i) {
     PackageName parsed;
     if (parsed.parse(installed[i]) && parsed.name == name) return installed[i];

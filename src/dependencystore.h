@@ -2,7 +2,9 @@
 #define ZET_DEPENDENCYSTORE_H
 
 #include <string>
+#include <utility>
 
+#include "database.h"
 #include "textvector.h"
 
 // Answers the questions about the installed set as a whole: which dependencies nothing
@@ -13,8 +15,12 @@ class DependencyStore {
  public:
   enum ResolveMode { ResolveMissing = 0, ResolveDependents = 1 };
 
-  // Lists /var/log/packages under the root into `installed`, "." and ".." included.
-  void loadInstalled();
+  // The database under the file system's root, as zet names it.
+  DependencyStore();
+  explicit DependencyStore(Database database) : database(std::move(database)) {}
+
+  // Lists /var/log/packages under the root, "." and ".." included.
+  void loadInstalled() { database.load(); }
   void addIncoming(const char* name) { incoming.push_back(name); }
   void addOutgoing(const char* name) { outgoing.push_back(name); }
   // Appends unless already there.
@@ -24,9 +30,13 @@ class DependencyStore {
   void clearOutgoing() { outgoing.clear(); }
 
   // ResolveMissing: the required names that nothing installed or incoming provides, in the
-  // order of `required`. ResolveDependents: the short names of installed packages whose deps
-  // name an outgoing package, in directory order. Any other mode: empty.
+  // order of `required`. ResolveDependents: the short names of dependents(), each once. Any
+  // other mode: empty.
   TextVector resolve(int mode);
+  // The entries of the deps directory, in directory order, whose lines name an outgoing
+  // package, other than the outgoing packages' own: what a removal counts as depending on
+  // them. Lines are compared as they stand.
+  TextVector dependents() const;
   static void eraseAt(TextVector& vector, int index);
   // Those of `files`, in their order, that the record of another installed package lists.
   TextVector sharedFiles(TextVector files, const char* ownName);
@@ -34,13 +44,11 @@ class DependencyStore {
   // `name`; empty when none. The root is not included.
   std::string installedPath(const char* name);
   bool isInstalled(const char* name) { return !installedPath(name).empty(); }
-  // The listing that loadInstalled() took.
-  const TextVector& installedEntries() const { return installed; }
   // The first entry whose short name is `name`; empty when none.
   std::string fullNameOf(const std::string& name);
 
  private:
-  TextVector installed;
+  Database database;
   TextVector incoming;
   TextVector required;
   TextVector outgoing;

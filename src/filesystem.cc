@@ -22,15 +22,6 @@ FileSystem& FileSystem::instance() {
   return fileSystem;
 }
 
-std::string FileSystem::databaseEntry(const char* directory, const std::string& name) {
-  return std::string(directory) + "/" + name;
-}
-
-std::string FileSystem::databasePath(const std::string& root, const char* directory,
-                                     const std::string& name) {
-  return root + "/" + databaseEntry(directory, name);
-}
-
 std::string FileSystem::plainPath(const std::string& path, bool underRoot) const {
   return underRoot ? root + "/" + path : path;
 }
@@ -40,10 +31,7 @@ std::string FileSystem::rootedPath(const std::string& path, bool underRoot) cons
 }
 
 bool FileSystem::exists(const std::string& path, bool underRoot) const {
-  FILE* file = fopen(plainPath(path, underRoot).c_str(), "r");
-  if (file == nullptr) return false;
-  fclose(file);
-  return true;
+  return TextFile::fileExists(plainPath(path, underRoot).c_str());
 }
 
 bool FileSystem::isDirectory(const std::string& path) {
@@ -78,7 +66,7 @@ void FileSystem::removeTree(const std::string& path, bool underRoot) {
   descent.push_back(path);
   const TextVector names = entries();
   for (unsigned i = 0; i < names.size(); ++i) {
-    if (strcmp(names[i], ".") == 0 || strcmp(names[i], "..") == 0) continue;
+    if (isDotEntry(names[i])) continue;
     removeTree(names[i], underRoot);
   }
   descent.pop_back();
@@ -106,6 +94,10 @@ bool FileSystem::list(const std::string& path, bool underRoot) {
 }
 
 // The overwrite test always looks under the root, whatever `underRoot` says.
+bool FileSystem::isDotEntry(const char* name) {
+  return strcmp(name, ".") == 0 || strcmp(name, "..") == 0;
+}
+
 bool FileSystem::copy(const std::string& destination, const std::string& source, bool overwrite,
                       bool underRoot) const {
   if (!overwrite && exists(destination, true)) return false;

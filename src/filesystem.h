@@ -37,6 +37,8 @@ class FileSystem : public FileList {
   // Reads one directory, "." and ".." included, into the list. False keeps the old list.
   bool list(const std::string& path, bool underRoot);
   TextVector& entries() { return *this; }
+  // "." or "..", which every listing holds.
+  static bool isDotEntry(const char* name);
   // Copies one file with mode and owner; false only when a file could not be opened or
   // `overwrite` is false and the destination exists under the root.
   bool copy(const std::string& destination, const std::string& source, bool overwrite,
@@ -46,13 +48,6 @@ class FileSystem : public FileList {
   // Makes the path and all its parents; always true.
   bool makePath(const std::string& path, bool underRoot) const;
 
-  // The file `name` in the database directory `directory` (such as /var/log/packages), as
-  // the operations under the root take it: directory "/" name.
-  static std::string databaseEntry(const char* directory, const std::string& name);
-  // The same file under `root`, for reading and writing it directly: root "/" directory "/"
-  // name, which gives "///var/log/packages/NAME" with the root "/".
-  static std::string databasePath(const std::string& root, const char* directory,
-                                  const std::string& name);
   // The text behind the last "/"; empty for a trailing slash, `path` itself without one.
   static std::string baseName(const std::string& path);
   // The text before the last dot at index 1 or later; empty when there is none.

@@ -1,8 +1,8 @@
 #include "linklines.h"
 
+#include <cstdio>
 #include <string_view>
 
-#include "package.h"
 #include "textvector.h"
 
 namespace {
@@ -11,6 +11,9 @@ namespace {
 // line ends split it, the rest quote, expand, glob or end the command. Braces count too,
 // since bash, which may stand behind sh, expands them.
 constexpr std::string_view SHELL_CHARACTERS = " \t\r\n\"#$&'()*;<>?[\\]`{|}~!";
+
+// Longest field that a removal line is scanned for.
+constexpr size_t SCRIPT_FIELD_SIZE = 1024;
 
 std::string removalLine(const std::string& directory, const std::string& name) {
   return "( cd " + directory + " ; rm -rf " + name + " )";
@@ -52,11 +55,32 @@ bool LinkLines::usable(const std::string& path, const std::string& target) {
       creationLine(directory, name, target) != lines[1]) {
     return false;
   }
-  const FileList named = Package::scriptSymlinks(lines);
+  const FileList named = read(lines);
   return named.size() == 1 && directory + "/" + name == named[0];
 }
 
 bool LinkLines::plainWord(const std::string& word) {
   return !word.empty() && word[0] != '-' &&
          word.find_first_of(SHELL_CHARACTERS) == std::string::npos;
+}
+
+FileList LinkLines::read(const TextVector& script) {
+  // The link field lies directly in front of the directory field, so that the terminator of
+  // a link of the full field size lands on the first byte of the directory and empties it:
+  // old scripts depend on such a line naming no link.
+  char fields[2 * SCRIPT_FIELD_SIZE + 1];
+  char* link = fields;
+  char* directory = fields + SCRIPT_FIELD_SIZE;
+  FileList links;
+  for (unsigned i = 0; i < script.size(); ++i) {
+    link[0] = '\0';
+    directory[0] = '\0';
+    // A partial match still fills what it reached; the fields decide, not the count.
+    [[maybe_unused]] const int matched =
+        std::sscanf(script[i], "( cd %1024s ; rm -rf %1024s )", directory, link);
+    if (directory[0] != '\0' && link[0] != '\0') {
+      links.push_back((std::string(directory) + "/" + link).c_str());
+    }
+  }
+  return links;
 }

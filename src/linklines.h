@@ -1,15 +1,20 @@
-// LinkLines turns a symbolic link of a package tree into the two lines of doinst.sh that make
-// it again on install, "( cd DIR ; rm -rf NAME )" and "( cd DIR ; ln -sf TARGET NAME )", and
-// tells whether such lines work: the shell must run them as written, and a removal must read
-// the first one back to the link. makezet uses it.
+// LinkLines holds the symbolic links of a package as lines of its doinst.sh, both ways.
+// makezet turns a link of a package tree into the two lines that make it again on install,
+// "( cd DIR ; rm -rf NAME )" and "( cd DIR ; ln -sf TARGET NAME )", and checks that such lines
+// work; a removal, and queryzet, read the links back from the first kind of line.
 #ifndef ZET_LINKLINES_H
 #define ZET_LINKLINES_H
 
 #include <string>
 
-// The doinst.sh lines of one link, and the checks that they survive both of their readers.
+#include "filelist.h"
+#include "textvector.h"
+
+// The doinst.sh lines of links: written, checked, and read back.
 class LinkLines {
  public:
+  // The links named by the "( cd DIR ; rm -rf LINK )" lines of a doinst script, as DIR/LINK.
+  static FileList read(const TextVector& script);
   // The lines of the link `path` (relative to the root, no "./") pointing at `target`, each
   // ending in a line feed. A link at the top of the tree is made from the directory ".".
   static std::string of(const std::string& path, const std::string& target);

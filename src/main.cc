@@ -13,11 +13,15 @@
 #include "args.h"
 #include "configfile.h"
 #include "constants.h"
+#include "database.h"
+#include "driver.h"
+#include "exitstatus.h"
 #include "filesystem.h"
 #include "lang.h"
 #include "messages.h"
 #include "package.h"
 #include "packagegroup.h"
+#include "packagename.h"
 #include "tagfile.h"
 #include "temparea.h"
 #include "textvector.h"
@@ -48,12 +52,6 @@ namespace {
 
 Settings settings;
 
-// Every refusal of the command line looks the same, whichever word was wrong.
-[[noreturn]] void badLine() {
-  printError(ErrorBadArgumentLine);
-  leaveRun(ExitBadCommandLine);
-}
-
 bool given(const char* name) {
   return Args::instance().optionExists(name, true);
 }
@@ -64,7 +62,7 @@ PackageGroup::OperationType operationFromOptions() {
   for (const char* name : {"install", "i", "remove", "r", "upgrade", "u", "help", "h"}) {
     if (given(name)) ++count;
   }
-  if (count != 1) badLine();
+  if (count != 1) refuseCommandLine(true);
   if (given("install") || given("i")) return PackageGroup::OperationInstall;
   if (given("remove") || given("r")) return PackageGroup::OperationRemove;
   if (given("upgrade") || given("u")) return PackageGroup::OperationUpgrade;
@@ -162,11 +160,11 @@ void leaveOnDatabaseError(const Package& package, const std::string& word) {
     case LoadRecordUnreadable:
       // The database path as formed, doubled slashes and all.
       printError(ErrorFileDoNotExist,
-                 FileSystem::databasePath(FileSystem::instance().getRoot(), PACKAGES_DIR, word));
-      leaveRun(ExitBadPackage);
+                 Database::ofRoot(FileSystem::instance().getRoot()).path(PACKAGES_DIR, word));
+      leaveRun(ZetExitBadPackage);
     case LoadNotInstalled:
       printError(ErrorPackageNotInstalled, word);
-      leaveRun(ExitBadPackage);
+      leaveRun(ZetExitBadPackage);
     default:
       return;
   }
@@ -180,16 +178,16 @@ void leaveOnFileError(const Package& package, const std::string& word) {
     case LoadExtractFailed:
     case LoadListFailed:
       printError(ErrorUnknownTar);
-      leaveRun(ExitTarFailed);
+      leaveRun(ZetExitTarFailed);
     case LoadBadName:
       printError(ErrorNotValidPackageName, word);
-      leaveRun(ExitBadPackage);
+      leaveRun(ZetExitBadPackage);
     case LoadNoFile:
       printError(ErrorFileDoNotExist, word);
-      leaveRun(ExitNoPackageFile);
+      leaveRun(ZetExitNoPackageFile);
     case LoadSizeInfoBad:
       printError(ErrorUnknownGzip);
-      leaveRun(ExitGzipFailed);
+      leaveRun(ZetExitGzipFailed);
     default:
       return;
   }
@@ -219,14 +217,14 @@ void judgeDependencies(PackageGroup::OperationType operation, const TextVector& 
     if (!settings.showDeps) {
       printError(ErrorDepsNotMet);
       printList(missing);
-      leaveRun(ExitDepsFailed);
+      leaveRun(ZetExitDepsFailed);
     }
     printList(missing);
   }
   if (operation == PackageGroup::OperationRemove) {
     printError(ErrorDepsRequired);
     printList(missing);
-    if (!settings.withDeps) leaveRun(ExitDepsFailed);
+    if (!settings.withDeps) leaveRun(ZetExitDepsFailed);
   }
 }
 
@@ -286,7 +284,7 @@ void buildOptionTable() {
 
 void parseArgs(int argc, char** argv) {
   Args& args = Args::instance();
-  if (!args.parse(argc, argv)) badLine();
+  if (!args.parse(argc, argv)) refuseCommandLine(true);
   if (!given("no-colors")) {
     setColors(1, 14, 15);
     colorsEnabled = true;
@@ -305,16 +303,16 @@ void parseArgs(int argc, char** argv) {
 
   if (given("help") || given("h")) {
     printHelp(helpFor(settings.operation), PROGRAM_VERSION);
-    leaveRun(ExitOk);
+    leaveRun(ZetExitOk);
   }
 
   if (given("root")) FileSystem::instance().setRoot(args.getValue("root"));
   if (given("tagfile")) settings.tagfile = args.getValue("tagfile");
   if (given("priority")) applyPriority(args.getValue("priority"));
-  if (args.getArguments().empty()) badLine();
+  if (args.getArguments().empty()) refuseCommandLine(true);
   applyFlags();
   filterByTagFile();
-  if (!args.onlyAllowed(permittedOptions(settings.operation))) badLine();
+  if (!args.onlyAllowed(permittedOptions(settings.operation))) refuseCommandLine(true);
 }
 
 // Loads every word before anything changes on the system, so one bad word stops the run
@@ -342,7 +340,7 @@ PackageGroup joinPackages() {
       if (operation == PackageGroup::OperationInstall && !settings.force &&
           package->loadFromDatabase(words[i])) {
         printError(ErrorPackageAlreadyInstalled, words[i]);
-        leaveRun(ExitAlreadyInstalled);
+        leaveRun(ZetExitAlreadyInstalled);
       }
       if (!package->loadFromFile(words[i])) {
         leaveOnFileError(*package, words[i]);
@@ -373,8 +371,7 @@ int main(int argc, char** argv) {
   TempArea::instance().create(TEMP_BASE, TEMP_PREFIX);
   FileSystem::instance().makeDir(TempArea::instance().getPath(), false);
 
-  const char* lang = getenv("LANG");
-  loadLanguage(lang ? lang : FALLBACK_LANG);
+  loadStartupLanguage();
   checkTools();
   readConfiguration();
   buildOptionTable();
@@ -382,7 +379,7 @@ int main(int argc, char** argv) {
 
   if (getuid() != 0) {
     printError(ErrorNotRoot);
-    leaveRun(ExitNotRoot);
+    leaveRun(ZetExitNotRoot);
   }
   makeDatabaseDirectories();
 
@@ -397,7 +394,7 @@ int main(int argc, char** argv) {
   }
   judgeDependencies(operation, missing);
   // A dry look at the verdict: nothing on the disk changes.
-  if (settings.showDeps) leaveRun(ExitOk);
+  if (settings.showDeps) leaveRun(ZetExitOk);
   if (isOperation(operation)) group.proceed(operation);
-  leaveRun(ExitOk);
+  leaveRun(ZetExitOk);
 }

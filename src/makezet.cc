@@ -15,25 +15,18 @@
 
 #include "args.h"
 #include "constants.h"
+#include "driver.h"
+#include "exitstatus.h"
 #include "filesystem.h"
 #include "lang.h"
 #include "linklines.h"
 #include "messages.h"
-#include "package.h"
 #include "packagearchive.h"
+#include "packagename.h"
 #include "packagetree.h"
+#include "textutil.h"
 
 namespace {
-
-// Exit statuses of makezet, all in its manual page. Nothing is written unless the status is 0.
-enum MakeStatus : int {
-  MakeDone = 0,                               // the package was written, or the help shown
-  MakeTreeRefused = 1,                        // the tree breaks a rule of the package format
-  MakeNameRefused = 2,                        // OUTPUT is no package file name
-  MakeReadFailed = 3,                         // the tree, or a file in it, could not be read
-  MakeWriteFailed = 4,                        // OUTPUT's directory, tar, gzip or the rename failed
-  MakeLineRefused = zet::ExitBadCommandLine,  // command line, build stamp or SOURCE_DATE_EPOCH
-};
 
 constexpr const char* STAMP_OPTION = "build";
 constexpr const char* EPOCH_VARIABLE = "SOURCE_DATE_EPOCH";
@@ -52,12 +45,6 @@ void removePendingFile(int signal) {
 [[noreturn]] void refuse(int status, const std::string& text) {
   printError(text);
   std::exit(status);
-}
-
-// Every refusal of the command line looks like those of zet's other names.
-[[noreturn]] void badLine() {
-  printError(ErrorBadArgumentLine);
-  std::exit(MakeLineRefused);
 }
 
 bool allDigits(const std::string& text) {
@@ -81,21 +68,20 @@ uint64_t memberTime() {
   const char* epoch = std::getenv(EPOCH_VARIABLE);
   if (epoch == nullptr) return 0;
   if (!allDigits(epoch) || std::string(epoch).size() > EPOCH_DIGITS) {
-    refuse(MakeLineRefused, Lang::instance().get("MakeBadEpoch", epoch));
+    refuse(MakeExitLineRefused, Lang::instance().get("MakeBadEpoch", epoch));
   }
   return std::strtoull(epoch, nullptr, 10);
 }
 
 // The short name, from OUTPUT by the rule that zet reads file names with; a name that the
 // unquoted commands of zet would not pass on as one word is refused as well.
-std::string shortNameOf(const std::string& output) {
+std::string shortNameOfOutput(const std::string& output) {
   const std::string base = FileSystem::baseName(output);
   const std::string extension = zet::PACKAGE_EXTENSION;
   PackageName name;
-  if (base.size() <= extension.size() ||
-      base.compare(base.size() - extension.size(), extension.size(), extension) != 0 ||
+  if (base.size() <= extension.size() || !endsWith(base, extension) ||
       !name.parse(FileSystem::stripExtension(base)) || !LinkLines::plainWord(base)) {
-    refuse(MakeNameRefused, Lang::instance().get("MakeBadName", output));
+    refuse(MakeExitNameRefused, Lang::instance().get("MakeBadName", output));
   }
   return name.name;
 }
@@ -141,7 +127,7 @@ PackageTree readTree(const std::string& dir, const std::string& shortName,
       printError(sentenceOf(problem));
       unreadable = unreadable || problem.kind == TreeFinding::Unreadable;
     }
-    std::exit(unreadable ? MakeReadFailed : MakeTreeRefused);
+    std::exit(unreadable ? MakeExitReadFailed : MakeExitTreeRefused);
   }
   for (const TreeFinding& warning : tree.warnings) printWarning(sentenceOf(warning));
   return tree;
@@ -158,7 +144,7 @@ void writePackage(const PackageTree& tree, const std::string& dir, const std::st
   std::string temporary = pattern;
   for (const int signal : {SIGINT, SIGTERM, SIGHUP}) std::signal(signal, removePendingFile);
   const int file = mkostemp(&temporary[0], O_CLOEXEC);
-  if (file < 0) refuse(MakeWriteFailed, Lang::instance().get("MakeCannotWrite", output));
+  if (file < 0) refuse(MakeExitWriteFailed, Lang::instance().get("MakeCannotWrite", output));
   pendingFile = temporary.c_str();
   const mode_t mask = umask(0);
   umask(mask);
@@ -175,43 +161,42 @@ void writePackage(const PackageTree& tree, const std::string& dir, const std::st
   unlink(temporary.c_str());
   pendingFile = nullptr;
   if (result == PackageArchive::SourceUnreadable) {
-    refuse(MakeReadFailed, Lang::instance().get("MakeCannotRead", archive.failedSource));
+    refuse(MakeExitReadFailed, Lang::instance().get("MakeCannotRead", archive.failedSource));
   }
   if (result == PackageArchive::GzipFailed) {
-    refuse(MakeWriteFailed, Lang::instance().get("MakeGzipFailed"));
+    refuse(MakeExitWriteFailed, Lang::instance().get("MakeGzipFailed"));
   }
   if (result == PackageArchive::TarFailed) {
-    refuse(MakeWriteFailed, Lang::instance().get("MakeTarFailed"));
+    refuse(MakeExitWriteFailed, Lang::instance().get("MakeTarFailed"));
   }
-  refuse(MakeWriteFailed, Lang::instance().get("MakeCannotWrite", output));
+  refuse(MakeExitWriteFailed, Lang::instance().get("MakeCannotWrite", output));
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-  const char* lang = std::getenv("LANG");
-  loadLanguage(lang ? lang : zet::FALLBACK_LANG);
+  loadStartupLanguage();
 
   Args& args = Args::instance();
   args.clear();
   for (const char* name : {"help", "h"}) args.addOption(name, false);
   args.addOption(STAMP_OPTION, true);
-  if (!args.parse(argc, argv)) badLine();
+  if (!args.parse(argc, argv)) refuseCommandLine(false);
   if (args.optionExists("help", true) || args.optionExists("h", true)) {
     printMessage(Lang::instance().get("MakeHelp", zet::PROGRAM_VERSION));
-    return MakeDone;
+    return MakeExitDone;
   }
-  if (args.getArguments().size() != 2) badLine();
+  if (args.getArguments().size() != 2) refuseCommandLine(false);
   const std::string stamp = args.getValue(STAMP_OPTION);
   if (args.optionExists(STAMP_OPTION, true) && !validStamp(stamp)) {
-    refuse(MakeLineRefused, Lang::instance().get("MakeBadStamp", stamp));
+    refuse(MakeExitLineRefused, Lang::instance().get("MakeBadStamp", stamp));
   }
   const uint64_t time = memberTime();
   const std::string dir = args.getArguments()[0];
   const std::string output = args.getArguments()[1];
-  const std::string shortName = shortNameOf(output);
+  const std::string shortName = shortNameOfOutput(output);
 
   const PackageTree tree = readTree(dir, shortName, stamp);
   writePackage(tree, dir, output, time);
-  return MakeDone;
+  return MakeExitDone;
 }

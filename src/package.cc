@@ -1,6 +1,5 @@
 #include "package.h"
 
-#include <cctype>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
@@ -9,31 +8,19 @@
 #include <unordered_set>
 
 #include "constants.h"
+#include "database.h"
 #include "dependencystore.h"
 #include "filesystem.h"
+#include "linklines.h"
 #include "messages.h"
+#include "packagename.h"
 #include "packagerecord.h"
 #include "temparea.h"
+#include "textutil.h"
 
 namespace {
 
-// Members of a package's install/ directory that the loader reads.
-constexpr const char* PREINST_SCRIPT = "/preinst.sh";
-constexpr const char* DOINST_SCRIPT = "/doinst.sh";
-constexpr const char* POSTINST_SCRIPT = "/postinst.sh";
-constexpr const char* DEPS_FILE = "/deps";
-constexpr const char* BUILD_FILE = "/build";
-// "slack-desc" holds the default description, "slack-desc.CODE" the one in language CODE.
-constexpr char DESCRIPTION_FILE[] = "slack-desc";
-constexpr size_t DESCRIPTION_FILE_LENGTH = sizeof DESCRIPTION_FILE - 1;
-
-// Longest field that a link line of a doinst script is scanned for.
-constexpr size_t SCRIPT_FIELD_SIZE = 1024;
-
-bool endsWith(const std::string& text, const std::string& tail) {
-  return text.size() >= tail.size() &&
-         text.compare(text.size() - tail.size(), tail.size(), tail) == 0;
-}
+const size_t DESCRIPTION_FILE_LENGTH = std::strlen(zet::DESCRIPTION_FILE);
 
 // A byte count of gzip's listing in units of 1024 bytes, rounded up.
 uint32_t kilobytesOf(const char* token) {
@@ -61,7 +48,7 @@ void readDescriptions(Package& package, const std::string& installDir) {
   const TextVector& entries = fileSystem.entries();
   for (unsigned i = 0; i < entries.size(); ++i) {
     const char* entry = entries[i];
-    if (std::strncmp(entry, DESCRIPTION_FILE, DESCRIPTION_FILE_LENGTH) != 0) continue;
+    if (std::strncmp(entry, zet::DESCRIPTION_FILE, DESCRIPTION_FILE_LENGTH) != 0) continue;
     TextFile lines;
     lines.load((installDir + "/" + entry).c_str());
     lines = Package::filterDescription(lines, package.name);
@@ -85,17 +72,17 @@ void fallBackToDefaultLanguage(Package& package) {
 
 // Scripts, descriptions, deps and build of an extracted install/ directory; each may be absent.
 void readControlFiles(Package& package, const std::string& installDir) {
-  package.preinstScript.load((installDir + PREINST_SCRIPT).c_str());
-  package.doinstScript.load((installDir + DOINST_SCRIPT).c_str());
-  package.postinstScript.load((installDir + POSTINST_SCRIPT).c_str());
+  package.preinstScript.load((installDir + "/" + zet::PREINST_SCRIPT).c_str());
+  package.doinstScript.load((installDir + "/" + zet::DOINST_SCRIPT).c_str());
+  package.postinstScript.load((installDir + "/" + zet::POSTINST_SCRIPT).c_str());
   readDescriptions(package, installDir);
   fallBackToDefaultLanguage(package);
-  package.deps.load((installDir + DEPS_FILE).c_str());
-  Package::stripBlanks(package.deps);
-  Package::dropEmptyLines(package.deps);
+  package.deps.load((installDir + "/" + zet::DEPS_FILE).c_str());
+  stripBlanks(package.deps);
+  dropEmptyLines(package.deps);
   // Empty build lines stay: the first line is the build stamp, whatever it holds.
-  package.buildInfo.load((installDir + BUILD_FILE).c_str());
-  Package::stripBlanks(package.buildInfo);
+  package.buildInfo.load((installDir + "/" + zet::BUILD_FILE).c_str());
+  stripBlanks(package.buildInfo);
 }
 
 // The second line of gzip's listing: compressed, uncompressed, ratio and name. A name with a
@@ -118,46 +105,6 @@ std::unordered_set<std::string> setOf(const TextVector& lines) {
 }
 
 }  // namespace
-
-bool PackageName::parse(const std::string& text) {
-  clear();
-  TextVector tokens;
-  tokens.split('-', text.c_str());
-  const unsigned count = tokens.size();
-  if (count < 4) return false;
-
-  build = tokens[count - 1];
-  architecture = tokens[count - 2];
-  name = tokens[0];
-  bool versionStarted = false;
-  for (unsigned i = 1; i < count - 3; ++i) {
-    if (versionStarted) {
-      version += "-";
-      version += tokens[i];
-    } else if (isVersion(tokens[i])) {
-      version = tokens[i];
-      versionStarted = true;
-    } else {
-      name += "-";
-      name += tokens[i];
-    }
-  }
-  // Joined without a dash: a multi-token version comes out with its last two tokens fused.
-  version += tokens[count - 3];
-  return true;
-}
-
-void PackageName::clear() {
-  name.clear();
-  version.clear();
-  build.clear();
-  architecture.clear();
-}
-
-bool PackageName::isVersion(const std::string& token) {
-  if (token.empty() || !std::isdigit(static_cast<unsigned char>(token[0]))) return false;
-  return token.find('.', 1) != std::string::npos;
-}
 
 Package::Package() : warnOnly(false) {
   reset();
@@ -196,26 +143,6 @@ TextVector Package::descriptionLines(bool stripPrefix) {
     lines.push_back(length > prefixLength ? source[i] + prefixLength : "");
   }
   return lines;
-}
-
-std::string Package::shortNameOf(const std::string& fullName) {
-  PackageName parsed;
-  return parsed.parse(fullName) ? parsed.name : std::string();
-}
-
-void Package::stripBlanks(TextVector& lines) {
-  for (unsigned i = 0; i < lines.size(); ++i) {
-    lines.removeChar(' ', i);
-    lines.removeChar('\t', i);
-  }
-}
-
-void Package::dropEmptyLines(TextVector& lines) {
-  TextVector kept;
-  for (unsigned i = 0; i < lines.size(); ++i) {
-    if (lines[i][0] != '\0') kept.push_back(lines[i]);
-  }
-  lines = kept;
 }
 
 TextFile Package::filterDescription(const TextVector& lines, const std::string& name) {
@@ -265,14 +192,14 @@ bool Package::loadFromFile(const std::string& path) {
 
   const std::string temp = TempArea::instance().getPath();
   const std::string extract =
-      std::string(zet::TAR_TOOL) + " xzf " + path + " -C " + temp + " " + zet::TEMP_INSTALL;
+      std::string(zet::TAR_TOOL) + " xzf " + path + " -C " + temp + " " + zet::CONTROL_DIR;
   DebugLog::instance() << "exe: " << extract << "\n";
   if (std::system(extract.c_str()) != 0) {
     lastError = LoadExtractFailed;
     return false;
   }
 
-  const std::string installDir = temp + "/" + zet::TEMP_INSTALL;
+  const std::string installDir = temp + "/" + zet::CONTROL_DIR;
   readControlFiles(*this, installDir);
   fileSystem.removeTree(installDir, false);
 
@@ -315,6 +242,7 @@ bool Package::loadFromDatabase(std::string nameOrFile) {
     return false;
   }
   const std::string root = FileSystem::instance().getRoot();
+  const Database database = Database::ofRoot(root);
   PackageRecord record;
   // The installed path begins with a slash of its own: root "/" "/var/log/packages/" entry.
   if (!record.read(root + "/" + store.installedPath(lookupName.c_str()))) {
@@ -332,13 +260,13 @@ bool Package::loadFromDatabase(std::string nameOrFile) {
   files = record.files;
 
   // What install wrote has no empty lines, so none are dropped here.
-  deps.load(FileSystem::databasePath(root, zet::DEPS_DIR, fullName).c_str());
+  deps.load(database.path(zet::DEPS_DIR, fullName).c_str());
   stripBlanks(deps);
-  buildInfo.load(FileSystem::databasePath(root, zet::BUILD_DIR, fullName).c_str());
+  buildInfo.load(database.path(zet::BUILD_DIR, fullName).c_str());
   stripBlanks(buildInfo);
   fallBackToDefaultLanguage(*this);
-  doinstScript.load(FileSystem::databasePath(root, zet::SCRIPTS_DIR, fullName).c_str());
-  postinstScript.load(FileSystem::databasePath(root, zet::POSTINST_DIR, fullName).c_str());
+  doinstScript.load(database.path(zet::SCRIPTS_DIR, fullName).c_str());
+  postinstScript.load(database.path(zet::POSTINST_DIR, fullName).c_str());
   fromDatabase = true;
   return true;
 }
@@ -351,6 +279,7 @@ void Package::install() {
     return;
   }
   const std::string root = FileSystem::instance().getRoot();
+  const Database database = Database::ofRoot(root);
   // The empty argument still leaves its blank at the end of the command.
   if (preinstScript.hasLines()) preinstScript.run("", root);
 
@@ -364,7 +293,7 @@ void Package::install() {
   fillRecord(record);
   // Written before the first file is unpacked, so that even a broken unpacking leaves the
   // package known to the database and removable.
-  record.write(FileSystem::databasePath(root, zet::PACKAGES_DIR, fullName));
+  record.write(database.path(zet::PACKAGES_DIR, fullName));
 
   const std::string unpack =
       std::string(zet::TAR_TOOL) + " -xzlUpf " + location + " -C " + root + " 1>/dev/null";
@@ -373,22 +302,21 @@ void Package::install() {
   [[maybe_unused]] const int status = std::system(unpack.c_str());
   // The control files came along with the archive and do not belong on the system, whatever
   // stood there before.
-  FileSystem::instance().removeTree("/install", true);
+  FileSystem::instance().removeTree(std::string("/") + zet::CONTROL_DIR, true);
 
   if (doinstScript.hasLines()) {
     doinstScript.run("-install", root);
-    doinstScript.save(FileSystem::databasePath(root, zet::SCRIPTS_DIR, fullName).c_str(), true);
+    doinstScript.save(database.path(zet::SCRIPTS_DIR, fullName).c_str(), true);
   }
   if (postinstScript.hasLines()) {
     postinstScript.run("--afterinstall", root);
-    postinstScript.save(FileSystem::databasePath(root, zet::POSTINST_DIR, fullName).c_str(), true);
+    postinstScript.save(database.path(zet::POSTINST_DIR, fullName).c_str(), true);
   }
   // Only files with lines are written, so an older file of the same name may stay.
   if (buildInfo.size() > 0) {
-    buildInfo.save(FileSystem::databasePath(root, zet::BUILD_DIR, fullName).c_str(), true);
+    buildInfo.save(database.path(zet::BUILD_DIR, fullName).c_str(), true);
   }
-  if (deps.size() > 0)
-    deps.save(FileSystem::databasePath(root, zet::DEPS_DIR, fullName).c_str(), true);
+  if (deps.size() > 0) deps.save(database.path(zet::DEPS_DIR, fullName).c_str(), true);
 }
 
 void Package::remove() {
@@ -403,7 +331,7 @@ void Package::remove() {
 
   DependencyStore store;
   store.loadInstalled();
-  const FileList links = scriptSymlinks(doinstScript);
+  const FileList links = LinkLines::read(doinstScript);
   removeSymlinks(links, symlinksInOtherPackages(links, fullName, root), root);
   removeFiles(files, store.sharedFiles(files, fullName.c_str()), root);
 
@@ -412,14 +340,14 @@ void Package::remove() {
   // The record goes last: while any other entry is left, the package can still be found.
   for (const char* directory :
        {zet::DEPS_DIR, zet::BUILD_DIR, zet::SCRIPTS_DIR, zet::POSTINST_DIR, zet::PACKAGES_DIR}) {
-    fileSystem.remove(FileSystem::databaseEntry(directory, fullName), true);
+    fileSystem.remove(Database::entry(directory, fullName), true);
   }
 }
 
 void Package::preserve() {
   FileSystem& fileSystem = FileSystem::instance();
   const std::string root = fileSystem.getRoot();
-  const std::string base = FileSystem::databaseEntry(zet::PRESERVED_DIR, fullName);
+  const std::string base = Database::entry(zet::PRESERVED_DIR, fullName);
   fileSystem.makeDir(base, true);
   // One level at a time: the listing names each directory ahead of what lies in it.
   for (unsigned i = 0; i < files.size(); ++i) {
@@ -430,52 +358,28 @@ void Package::preserve() {
       fileSystem.copy(target, files[i], true, true);
     }
   }
-  fileSystem.makeDir(base + "/install", true);
+  fileSystem.makeDir(base + "/" + zet::CONTROL_DIR, true);
   // Always written, empty or not, so the tree has the layout of an unpacked package.
   const std::string installDir =
-      FileSystem::databasePath(root, zet::PRESERVED_DIR, fullName) + "/install";
-  doinstScript.save((installDir + "/doinst.sh").c_str(), true);
-  postinstScript.save((installDir + "/postinst.sh").c_str(), true);
-  buildInfo.save((installDir + "/build").c_str(), true);
-}
-
-FileList Package::scriptSymlinks(const TextVector& script) {
-  // The link field lies directly in front of the directory field, so that the terminator of
-  // a link of the full field size lands on the first byte of the directory and empties it:
-  // old scripts depend on such a line naming no link.
-  char fields[2 * SCRIPT_FIELD_SIZE + 1];
-  char* link = fields;
-  char* directory = fields + SCRIPT_FIELD_SIZE;
-  FileList links;
-  for (unsigned i = 0; i < script.size(); ++i) {
-    link[0] = '\0';
-    directory[0] = '\0';
-    // A partial match still fills what it reached; the fields decide, not the count.
-    [[maybe_unused]] const int matched =
-        std::sscanf(script[i], "( cd %1024s ; rm -rf %1024s )", directory, link);
-    if (directory[0] != '\0' && link[0] != '\0') {
-      links.push_back((std::string(directory) + "/" + link).c_str());
-    }
-  }
-  return links;
+      Database::ofRoot(root).path(zet::PRESERVED_DIR, fullName) + "/" + zet::CONTROL_DIR + "/";
+  doinstScript.save((installDir + zet::DOINST_SCRIPT).c_str(), true);
+  postinstScript.save((installDir + zet::POSTINST_SCRIPT).c_str(), true);
+  buildInfo.save((installDir + zet::BUILD_FILE).c_str(), true);
 }
 
 TextVector Package::symlinksInOtherPackages(const TextVector& links, const std::string& fullName,
                                             const std::string& root) {
   TextVector shared;
   if (links.size() == 0) return shared;
-  DependencyStore store;
-  store.loadInstalled();
-  const TextVector& installed = store.installedEntries();
+  Database database = Database::ofRoot(root);
+  database.load();
+  const TextVector& installed = database.listing();
 
   // One pass over the stored scripts; a package without one names nothing.
   std::unordered_set<std::string> named;
   for (unsigned i = 0; i < installed.size(); ++i) {
     if (fullName == installed[i]) continue;
-    ScriptRunner script;
-    const std::string path = FileSystem::databasePath(root, zet::SCRIPTS_DIR, installed[i]);
-    if (!script.load(path.c_str())) continue;
-    const FileList otherLinks = scriptSymlinks(script);
+    const FileList otherLinks = database.links(installed[i]);
     for (unsigned j = 0; j < otherLinks.size(); ++j) named.insert(otherLinks[j]);
   }
   for (unsigned i = 0; i < links.size(); ++i) {
@@ -526,7 +430,7 @@ void Package::removeFiles(const TextVector& files, const TextVector& shared,
 }
 
 void Package::warnInstallSymlinks() {
-  const FileList links = scriptSymlinks(doinstScript);
+  const FileList links = LinkLines::read(doinstScript);
   if (links.size() == 0) return;
   const std::string root = FileSystem::instance().getRoot();
   printMessage(MessageShowWarnDirs);
@@ -550,7 +454,7 @@ void Package::warnInstallOverwrites() {
 
 void Package::warnRemove() {
   // Neither other packages nor the disk are asked: this lists everything the package names.
-  const FileList links = scriptSymlinks(doinstScript);
+  const FileList links = LinkLines::read(doinstScript);
   for (unsigned i = 0; i < links.size(); ++i) printMessage(MessageSymlinkWouldBeDeleted, links[i]);
   for (unsigned i = 0; i < files.size(); ++i) {
     // The empty string, "." and "./": unlike removeFiles, ".profile" is listed.

@@ -1,7 +1,6 @@
 // Package is one package: its identity, file list, scripts, descriptions, dependency and
 // build lines and sizes. It is filled from exactly one of two sources, a .tgz file or the
-// database under /var/log. PackageName splits a base name such as foo-bar-1.2-i486-1 into
-// short name, version, architecture and build.
+// database under /var/log.
 #ifndef ZET_PACKAGE_H
 #define ZET_PACKAGE_H
 
@@ -25,21 +24,6 @@ enum PackageError : int32_t {
   LoadSizeInfoBad = 6,
   LoadNotInstalled = 7,
   LoadIncomplete = 8,
-};
-
-// The parts of a package base name; only `name` is read by the rest of the program.
-class PackageName {
- public:
-  // Splits `text` on dashes; false, with all fields empty, below four parts.
-  bool parse(const std::string& text);
-  void clear();
-  // A token that starts with a digit and has a "." after its first character.
-  static bool isVersion(const std::string& token);
-
-  std::string name;
-  std::string version;
-  std::string build;
-  std::string architecture;
 };
 
 // One package and what the program knows of it.
@@ -68,8 +52,6 @@ class Package {
   // /var/log/setup/tmp/preserved_packages.
   void preserve();
 
-  // The links named by the "( cd DIR ; rm -rf LINK )" lines of a doinst script, as DIR/LINK.
-  static FileList scriptSymlinks(const TextVector& script);
   // Those of `links` that the stored doinst script of another installed package names too.
   static TextVector symlinksInOtherPackages(const TextVector& links, const std::string& fullName,
                                             const std::string& root);
@@ -87,11 +69,6 @@ class Package {
   // Identity of the object, not of the name.
   bool operator==(const Package& other) const { return this == &other; }
 
-  // The short name of a full name, or the empty string when it does not parse.
-  static std::string shortNameOf(const std::string& fullName);
-  // Removes every blank, then every tab, from each line.
-  static void stripBlanks(TextVector& lines);
-  static void dropEmptyLines(TextVector& lines);
   // The lines that begin with `name` and ":".
   static TextFile filterDescription(const TextVector& lines, const std::string& name);
   // Copies every description of the record over ours.

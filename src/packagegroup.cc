@@ -5,6 +5,7 @@
 #include "constants.h"
 #include "dependencystore.h"
 #include "dialog.h"
+#include "exitstatus.h"
 #include "lang.h"
 #include "messages.h"
 #include "package.h"
@@ -64,7 +65,7 @@ void installPackage(const PackageGroup& group, Package& package) {
   if (viaMenu) {
     const std::string answer = askMenu(package);
     if (answer == Lang::instance().get("no")) return;
-    if (answer == Lang::instance().get("quit")) leaveRun(zet::ExitOk);
+    if (answer == Lang::instance().get("quit")) leaveRun(ZetExitOk);
   }
   if (viaInfobox) {
     InfoBox box;
@@ -93,7 +94,7 @@ void upgradePackage(const PackageGroup& group, Package& old, Package& fresh) {
   if (!old.fromDatabase) {
     if (!group.installNew) {
       printError(ErrorPackageNotInstalled, old.name);
-      leaveRun(zet::ExitUpgradeRefused);
+      leaveRun(ZetExitUpgradeRefused);
     }
     // Nothing to take away: the old name is empty, as that package never loaded.
     printMessage(MessageUpgrading, old.name, fresh.location);
@@ -109,7 +110,7 @@ void upgradePackage(const PackageGroup& group, Package& old, Package& fresh) {
     const bool refused = b < a ? !group.force : b == a && !group.reinstall && !group.force;
     if (refused) {
       printError(ErrorPackageMustBeNewer, fresh.name);
-      leaveRun(zet::ExitUpgradeRefused);
+      leaveRun(ZetExitUpgradeRefused);
     }
   }
   // Install, remove the old one, install again: the second install puts back what the

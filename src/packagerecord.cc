@@ -7,6 +7,7 @@
 #include <string>
 
 #include "constants.h"
+#include "textutil.h"
 
 namespace {
 
@@ -20,10 +21,6 @@ constexpr const char* FILE_LIST_LABEL = "FILE LIST:";
 // Written between a label and its value.
 constexpr const char* VALUE_GAP = "     ";
 constexpr const char* SIZE_UNIT = " K";
-
-bool startsWith(const char* line, const char* label) {
-  return std::strncmp(line, label, std::strlen(label)) == 0;
-}
 
 // Ends a description block: a language label, or "FILE LIST:" or any leading part of it,
 // the empty line included.

@@ -11,23 +11,19 @@
 
 #include "constants.h"
 #include "linklines.h"
+#include "textutil.h"
 #include "textvector.h"
 
 namespace {
 
-constexpr const char* DOINST_MEMBER = "install/doinst.sh";
-constexpr const char* BUILD_MEMBER = "install/build";
-// "slack-desc" is the default description, "slack-desc.CODE" the one in language CODE.
-constexpr std::string_view DESCRIPTION_MEMBER = "install/slack-desc";
+const std::string DOINST_MEMBER = std::string(zet::INSTALL_DIR_MEMBER) + zet::DOINST_SCRIPT;
+const std::string BUILD_MEMBER = std::string(zet::INSTALL_DIR_MEMBER) + zet::BUILD_FILE;
+const std::string DESCRIPTION_MEMBER = std::string(zet::INSTALL_DIR_MEMBER) + zet::DESCRIPTION_FILE;
 // Top-level directories that are links to usr/... on many systems. Unpacking such a member
 // unlinks what stands in its way, and replaces the link by a directory.
 constexpr const char* SYSTEM_LINK_DIRECTORIES[] = {"bin/", "sbin/", "lib/", "lib64/"};
 constexpr unsigned CONTROL_MODE = 0644;
 constexpr unsigned CONTROL_DIR_MODE = 0755;
-
-bool startsWith(std::string_view text, std::string_view head) {
-  return text.substr(0, head.size()) == head;
-}
 
 // The directory install/ or something in it, by a path with or without its trailing "/".
 bool isControl(const std::string& path) {
@@ -214,5 +210,5 @@ void PackageTree::checkDescriptions(const std::string& shortName) {
       }
     }
   }
-  if (!found) warnings.push_back({TreeFinding::NoDescription, std::string(DESCRIPTION_MEMBER), ""});
+  if (!found) warnings.push_back({TreeFinding::NoDescription, DESCRIPTION_MEMBER, ""});
 }

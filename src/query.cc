@@ -10,17 +10,14 @@
 #include <unordered_map>
 
 #include "constants.h"
+#include "dependencystore.h"
 #include "filesystem.h"
-#include "package.h"
+#include "packagename.h"
 #include "packagerecord.h"
+#include "textutil.h"
 #include "textvector.h"
 
 namespace {
-
-bool endsWith(const std::string& text, const std::string& tail) {
-  return text.size() >= tail.size() &&
-         text.compare(text.size() - tail.size(), tail.size(), tail) == 0;
-}
 
 // The version as the name spells it: PackageName fuses the last two tokens of a version of
 // several, which does for comparing names but not for showing one.
@@ -50,12 +47,6 @@ size_t sketch(std::string_view path) {
   return static_cast<size_t>(((tail ^ path.size()) * 0x9E3779B97F4A7C15ull) >> 48);
 }
 
-std::vector<std::string> linesOf(const TextVector& lines) {
-  std::vector<std::string> copy;
-  for (unsigned i = 0; i < lines.size(); ++i) copy.emplace_back(lines[i]);
-  return copy;
-}
-
 }  // namespace
 
 bool Query::Owner::operator<(const Owner& other) const {
@@ -67,38 +58,23 @@ bool Query::Owner::operator==(const Owner& other) const {
 }
 
 Query::Query(const std::string& root, const std::string& language, ProblemVisitor problem)
-    : prefix(root), language(language), problem(std::move(problem)) {
-  // "/" adds nothing: the database of the root "/" is "/var/log/packages".
-  while (!prefix.empty() && prefix.back() == '/') prefix.pop_back();
-}
+    : database(Database::asShown(root)), language(language), problem(std::move(problem)) {}
 
 bool Query::open() {
-  FileSystem& fileSystem = FileSystem::instance();
-  if (!fileSystem.list(underRoot(zet::PACKAGES_DIR), false)) return false;
-  const TextVector& entries = fileSystem.entries();
-  for (unsigned i = 0; i < entries.size(); ++i) {
-    if (std::strcmp(entries[i], ".") != 0 && std::strcmp(entries[i], "..") != 0) {
-      packages.emplace_back(entries[i]);
-    }
-  }
-  std::sort(packages.begin(), packages.end());
-  for (const std::string& fullName : packages) shortNames.push_back(Package::shortNameOf(fullName));
-  return true;
+  return database.load();
 }
 
 std::vector<std::string> Query::find(const std::string& word) const {
   std::string name = FileSystem::baseName(word);
   if (endsWith(name, zet::PACKAGE_EXTENSION)) name = FileSystem::stripExtension(name);
+  const std::vector<std::string>& packages = database.installed();
   if (std::binary_search(packages.begin(), packages.end(), name)) return {name};
-  std::vector<std::string> found;
-  // An entry whose full name does not parse has no short name, and the empty word names none.
-  for (size_t i = 0; i < packages.size() && !name.empty(); ++i) {
-    if (shortNames[i] == name) found.push_back(packages[i]);
-  }
-  return found;
+  return database.withShortName(name);
 }
 
 std::vector<std::string> Query::match(const std::string& pattern) const {
+  const std::vector<std::string>& packages = database.installed();
+  const std::vector<std::string>& shortNames = database.shortNames();
   std::vector<std::string> found;
   for (size_t i = 0; i < packages.size(); ++i) {
     if (fnmatch(pattern.c_str(), packages[i].c_str(), 0) == 0 ||
@@ -111,7 +87,7 @@ std::vector<std::string> Query::match(const std::string& pattern) const {
 
 std::optional<Query::Info> Query::info(const std::string& fullName) const {
   PackageRecord record;
-  const std::string recordFile = databasePath(zet::PACKAGES_DIR, fullName);
+  const std::string recordFile = database.path(zet::PACKAGES_DIR, fullName);
   if (!record.read(recordFile)) {
     problem({Problem::Unreadable, recordFile});
     return std::nullopt;
@@ -128,31 +104,23 @@ std::optional<Query::Info> Query::info(const std::string& fullName) const {
   info.uncompressedSizeK = record.uncompressedSizeK;
   info.location = record.location;
 
-  TextFile stamp(databasePath(zet::BUILD_DIR, fullName).c_str());
-  Package::stripBlanks(stamp);
-  if (stamp.size() > 0) info.buildStamp = stamp[0];
-  info.deps = readDeps(databasePath(zet::DEPS_DIR, fullName));
-  if (TextFile::fileExists(databasePath(zet::SCRIPTS_DIR, fullName).c_str())) {
-    info.scripts.push_back("doinst.sh");
+  info.buildStamp = database.buildStamp(fullName);
+  info.deps = database.deps(fullName);
+  if (TextFile::fileExists(database.path(zet::SCRIPTS_DIR, fullName).c_str())) {
+    info.scripts.push_back(zet::DOINST_SCRIPT);
   }
-  if (TextFile::fileExists(databasePath(zet::POSTINST_DIR, fullName).c_str())) {
-    info.scripts.push_back("postinst.sh");
+  if (TextFile::fileExists(database.path(zet::POSTINST_DIR, fullName).c_str())) {
+    info.scripts.push_back(zet::POSTINST_SCRIPT);
   }
   listRecord(fullName, [&info](std::string_view) { ++info.files; });
-  info.links = links(fullName).size();
-
-  // The description in the language asked for, else the default one, as an install shows it.
-  auto description = record.descriptions.find(language);
-  if (description == record.descriptions.end()) {
-    description = record.descriptions.find(zet::FALLBACK_LANG);
-  }
-  if (description != record.descriptions.end()) info.description = linesOf(description->second);
+  info.links = database.links(fullName).size();
+  info.description = Database::description(record, language);
   return info;
 }
 
 void Query::files(const std::string& fullName, const PathVisitor& visit) const {
   // One buffer for every path, so that a package of many files costs no allocation per path.
-  std::string path = prefix + "/";
+  std::string path = database.under("/");
   const size_t base = path.size();
   forEachEntry(fullName, [&](std::string_view entry) {
     path.resize(base);
@@ -177,12 +145,13 @@ std::vector<std::vector<Query::Owner>> Query::owners(const std::vector<std::stri
   }
 
   std::vector<std::vector<Owner>> owners(paths.size());
-  for (const std::string& fullName : packages) {
+  const std::string root = database.under("/");
+  for (const std::string& fullName : database.installed()) {
     forEachEntry(fullName, [&](std::string_view entry) {
       if (!sketched[sketch(entry)]) return;
       const auto found = wanted.equal_range(entry);
       for (auto it = found.first; it != found.second; ++it) {
-        owners[it->second].push_back({fullName, prefix + "/" + std::string(entry)});
+        owners[it->second].push_back({fullName, root + std::string(entry)});
       }
     });
   }
@@ -209,25 +178,18 @@ void Query::verify(const std::string& fullName, const PathVisitor& missing) cons
 
 std::vector<Query::Dependency> Query::depends(const std::string& fullName) const {
   std::vector<Dependency> dependencies;
-  for (const std::string& name : readDeps(databasePath(zet::DEPS_DIR, fullName))) {
-    Dependency dependency{name, {}};
-    // As the dependency check counts them: by short name, so a full name provides nothing.
-    for (size_t i = 0; i < packages.size(); ++i) {
-      if (shortNames[i] == name) dependency.providers.push_back(packages[i]);
-    }
-    dependencies.push_back(dependency);
+  // As the dependency check counts them: by short name, so a full name provides nothing.
+  for (const std::string& name : database.deps(fullName)) {
+    dependencies.push_back({name, database.withShortName(name)});
   }
   return dependencies;
 }
 
 std::vector<std::string> Query::rdepends(const std::string& fullName) const {
-  const std::string name = Package::shortNameOf(fullName);
-  std::vector<std::string> dependants;
-  // Only installed packages count, whatever else lies in the deps directory.
-  for (const std::string& candidate : packages) {
-    const std::vector<std::string> deps = readDeps(databasePath(zet::DEPS_DIR, candidate));
-    if (std::find(deps.begin(), deps.end(), name) != deps.end()) dependants.push_back(candidate);
-  }
+  DependencyStore store(database);
+  store.addOutgoing(shortNameOf(fullName).c_str());
+  std::vector<std::string> dependants = stringsOf(store.dependents());
+  std::sort(dependants.begin(), dependants.end());
   return dependants;
 }
 
@@ -241,27 +203,9 @@ std::string Query::recordPath(const std::string& path) {
   return form;
 }
 
-std::string Query::databasePath(const char* directory, const std::string& fullName) const {
-  return underRoot(directory) + "/" + fullName;
-}
-
-// Read as an install writes them: blanks and tabs dropped, empty lines skipped.
-std::vector<std::string> Query::readDeps(const std::string& path) const {
-  TextFile lines(path.c_str());
-  Package::stripBlanks(lines);
-  Package::dropEmptyLines(lines);
-  return linesOf(lines);
-}
-
-FileList Query::links(const std::string& fullName) const {
-  // A package without a stored doinst script has no links.
-  const TextFile script(databasePath(zet::SCRIPTS_DIR, fullName).c_str());
-  return Package::scriptSymlinks(script);
-}
-
 void Query::listRecord(const std::string& fullName,
                        const std::function<void(std::string_view)>& visit) const {
-  const std::string recordFile = databasePath(zet::PACKAGES_DIR, fullName);
+  const std::string recordFile = database.path(zet::PACKAGES_DIR, fullName);
   switch (PackageRecord::forEachListedFile(recordFile, visit)) {
     case PackageRecord::Listing::Unreadable:
       problem({Problem::Unreadable, recordFile});
@@ -277,6 +221,6 @@ void Query::listRecord(const std::string& fullName,
 void Query::forEachEntry(const std::string& fullName,
                          const std::function<void(std::string_view)>& visit) const {
   listRecord(fullName, visit);
-  const FileList linked = links(fullName);
+  const FileList linked = database.links(fullName);
   for (unsigned i = 0; i < linked.size(); ++i) visit(linked[i]);
 }

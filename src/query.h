@@ -15,7 +15,7 @@
 #include <string_view>
 #include <vector>
 
-#include "filelist.h"
+#include "database.h"
 
 // The database of one root, asked question by question. It prints nothing: answers come back
 // as values or through visitors, and whatever could not be read goes to the problem visitor,
@@ -65,9 +65,9 @@ class Query {
   // Reads the list of installed packages; false when the database directory cannot be read.
   bool open();
   // The full names of the installed packages, in byte order.
-  const std::vector<std::string>& installed() const { return packages; }
+  const std::vector<std::string>& installed() const { return database.installed(); }
   // `path`, which begins with "/", under the root.
-  std::string underRoot(const std::string& path) const { return prefix + path; }
+  std::string underRoot(const std::string& path) const { return database.under(path); }
 
   // The packages that a short name, a full name or a package file name or path stands for:
   // the entry of that full name, else every entry of that short name. Names are compared whole.
@@ -84,17 +84,14 @@ class Query {
   // Each path of files() that is not there; a link counts as itself, not as its target.
   void verify(const std::string& fullName, const PathVisitor& missing) const;
   std::vector<Dependency> depends(const std::string& fullName) const;
-  // The installed packages whose deps file names the short name of `fullName`.
+  // The packages that a removal of `fullName` counts as depending on it, as the deps directory
+  // names them, in byte order.
   std::vector<std::string> rdepends(const std::string& fullName) const;
 
   // An asked path as a record would list it: no leading, doubled or trailing "/".
   static std::string recordPath(const std::string& path);
 
  private:
-  std::string databasePath(const char* directory, const std::string& fullName) const;
-  std::vector<std::string> readDeps(const std::string& path) const;
-  // The links that the stored doinst script names, as DIR/NAME.
-  FileList links(const std::string& fullName) const;
   // Hands `visit` each line of the record's file list; tells the problem visitor of a record
   // that cannot be read or lists no files.
   void listRecord(const std::string& fullName,
@@ -103,12 +100,9 @@ class Query {
   void forEachEntry(const std::string& fullName,
                     const std::function<void(std::string_view)>& visit) const;
 
-  std::string prefix;
+  Database database;
   std::string language;
   ProblemVisitor problem;
-  std::vector<std::string> packages;
-  // The short name of each entry of `packages`, empty where the full name does not parse.
-  std::vector<std::string> shortNames;
 };
 
 #endif

@@ -11,20 +11,13 @@
 
 #include "args.h"
 #include "constants.h"
+#include "driver.h"
+#include "exitstatus.h"
 #include "lang.h"
 #include "messages.h"
 #include "query.h"
 
 namespace {
-
-// Exit statuses of queryzet. When several apply in one run, the highest wins.
-enum QueryExit : int {
-  QueryExitAnswered = 0,      // the question was answered
-  QueryExitNegative = 1,      // --owner found no owner of a path, or --verify something missing
-  QueryExitNotInstalled = 3,  // a named package is not installed, or a pattern matched none
-  QueryExitUnreadable = 4,    // the database, a record or a path to check could not be read
-  QueryExitBadCommandLine = zet::ExitBadCommandLine,  // the command line was refused
-};
 
 int status = QueryExitAnswered;
 
@@ -161,20 +154,15 @@ const struct Question {
     {"rdepends", true, answerRdepends},
 };
 
-// Every refusal of the command line looks the same, as with the other programs of zet.
-[[noreturn]] void badLine() {
-  printError(ErrorBadArgumentLine);
-  exit(QueryExitBadCommandLine);
-}
-
 const Question& questionAsked() {
   const Question* asked = nullptr;
   for (const Question& question : QUESTIONS) {
     if (!given(question.option)) continue;
-    if (asked) badLine();
+    if (asked) refuseCommandLine(false);
     asked = &question;
   }
-  if (!asked || (asked->needsWords && Args::instance().getArguments().empty())) badLine();
+  if (!asked || (asked->needsWords && Args::instance().getArguments().empty()))
+    refuseCommandLine(false);
   return *asked;
 }
 
@@ -182,15 +170,13 @@ const Question& questionAsked() {
 
 int main(int argc, char** argv) {
   // Without "LANG" both the sentences and the descriptions are those of "C".
-  const char* lang = getenv("LANG");
-  const std::string language = lang ? lang : zet::FALLBACK_LANG;
-  loadLanguage(language);
+  const std::string language = loadStartupLanguage();
 
   Args& args = Args::instance();
   for (const Question& question : QUESTIONS) args.addOption(question.option, false);
   for (const char* option : {"help", "h"}) args.addOption(option, false);
   for (const char* option : {"root", "lang"}) args.addOption(option, true);
-  if (!args.parse(argc, argv)) badLine();
+  if (!args.parse(argc, argv)) refuseCommandLine(false);
   if (given("lang")) loadLanguage(args.getValue("lang"));
   if (given("help") || given("h")) {
     printMessage(Lang::instance().get("QueryHelp", zet::PROGRAM_VERSION));

@@ -8,7 +8,8 @@
 #include <string>
 
 #include "configfile.h"
-#include "package.h"
+#include "linklines.h"
+#include "packagename.h"
 #include "packagerecord.h"
 #include "tagfile.h"
 
@@ -66,7 +67,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
       config.read(path);
       break;
     case 3:
-      Package::scriptSymlinks(lines);
+      LinkLines::read(lines);
       name.parse(text.c_str());
       break;
   }

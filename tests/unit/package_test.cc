@@ -1,5 +1,5 @@
-#include "package.h"
-
+#include "linklines.h"
+#include "packagename.h"
 #include "scratch.h"
 
 TEST(PackageName, ParseSplitsNameVersionArchitectureAndBuild) {
@@ -47,6 +47,6 @@ TEST(Package, ScriptSymlinksReadTheRemovalLinesToTheirLimits) {
   for (const auto& row : rows) {
     TextVector script;
     script.push_back(row.line.c_str());
-    EXPECT_EQ(linesOf(Package::scriptSymlinks(script)), row.links) << row.line.substr(0, 40);
+    EXPECT_EQ(linesOf(LinkLines::read(script)), row.links) << row.line.substr(0, 40);
   }
 }

@@ -1,0 +1,78 @@
+#include "database.h"
+
+#include <algorithm>
+
+#include "constants.h"
+#include "filesystem.h"
+#include "linklines.h"
+#include "packagename.h"
+#include "packagerecord.h"
+#include "textutil.h"
+
+Database Database::ofRoot(const std::string& root) {
+  // The packages are listed from "/" "/var/log/packages" "/" under the root: one slash more
+  // in front than the files in that directory have.
+  return Database(root + "/", root + "/" + "/" + zet::PACKAGES_DIR + "/");
+}
+
+Database Database::asShown(const std::string& root) {
+  std::string base = root;
+  // "/" adds nothing: the database of the root "/" is "/var/log/packages".
+  while (!base.empty() && base.back() == '/') base.pop_back();
+  return Database(base, base + zet::PACKAGES_DIR);
+}
+
+bool Database::load() {
+  FileSystem& fileSystem = FileSystem::instance();
+  const bool listed = fileSystem.list(packagesListing, false);
+  entries = fileSystem.entries();
+  fullNames.clear();
+  for (unsigned i = 0; i < entries.size(); ++i) {
+    if (!FileSystem::isDotEntry(entries[i])) fullNames.emplace_back(entries[i]);
+  }
+  std::sort(fullNames.begin(), fullNames.end());
+  names.clear();
+  for (const std::string& fullName : fullNames) names.push_back(shortNameOf(fullName));
+  return listed;
+}
+
+std::vector<std::string> Database::withShortName(const std::string& name) const {
+  std::vector<std::string> found;
+  // An entry whose full name does not parse has no short name, and the empty name names none.
+  for (size_t i = 0; i < fullNames.size() && !name.empty(); ++i) {
+    if (names[i] == name) found.push_back(fullNames[i]);
+  }
+  return found;
+}
+
+std::string Database::path(const char* directory, const std::string& fullName) const {
+  return base + entry(directory, fullName);
+}
+
+std::string Database::entry(const char* directory, const std::string& fullName) {
+  return std::string(directory) + "/" + fullName;
+}
+
+std::vector<std::string> Database::deps(const std::string& fullName) const {
+  TextFile lines(path(zet::DEPS_DIR, fullName).c_str());
+  stripBlanks(lines);
+  dropEmptyLines(lines);
+  return stringsOf(lines);
+}
+
+std::string Database::buildStamp(const std::string& fullName) const {
+  TextFile lines(path(zet::BUILD_DIR, fullName).c_str());
+  stripBlanks(lines);
+  return lines.size() > 0 ? lines[0] : "";
+}
+
+std::vector<std::string> Database::description(const PackageRecord& record,
+                                               const std::string& language) {
+  auto found = record.descriptions.find(language);
+  if (found == record.descriptions.end()) found = record.descriptions.find(zet::FALLBACK_LANG);
+  return found == record.descriptions.end() ? std::vector<std::string>() : stringsOf(found->second);
+}
+
+FileList Database::links(const std::string& fullName) const {
+  return LinkLines::read(TextFile(path(zet::SCRIPTS_DIR, fullName).c_str()));
+}

@@ -1,0 +1,15 @@
+// What the drivers of zet, queryzet and makezet do alike: read the language at start-up and
+// refuse a command line.
+#ifndef ZET_DRIVER_H
+#define ZET_DRIVER_H
+
+#include <string>
+
+// Loads the language that "LANG" names, "C" when it is unset, and returns that name.
+std::string loadStartupLanguage();
+// Prints the one sentence of every refused command line, whichever word was wrong, and ends
+// the process with the status of a refused command line. zet passes `scratchArea` true, as
+// its run's scratch directory must go first; queryzet and makezet make none.
+[[noreturn]] void refuseCommandLine(bool scratchArea);
+
+#endif
