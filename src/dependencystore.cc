@@ -108,6 +108,18 @@ TextVector DependencyStore::resolve(int mode) {
   return TextVector();
 }
 
+// Each pass yields only packages not yet outgoing, so the closure ends.
+TextVector DependencyStore::withDependents(TextVector names) {
+  TextVector found;
+  do {
+    clearOutgoing();
+    for (unsigned i = 0; i < names.size(); ++i) addOutgoing(names[i]);
+    found = resolve(ResolveDependents);
+    for (unsigned i = 0; i < found.size(); ++i) names.push_back(found[i]);
+  } while (found.size() > 0);
+  return names;
+}
+
 TextVector DependencyStore::dependents() const {
   return namingOutgoing(database, dependentCandidates(database, outgoing), outgoing);
 }

@@ -37,6 +37,9 @@ class DependencyStore {
   // package, other than the outgoing packages' own: what a removal counts as depending on
   // them. Lines are compared as they stand.
   TextVector dependents() const;
+  // `names` followed by the short names of what depends on them through every level, each
+  // found once: what a removal of `names` would leave without what they need.
+  TextVector withDependents(TextVector names);
   static void eraseAt(TextVector& vector, int index);
   // Those of `files`, in their order, that the record of another installed package lists.
   TextVector sharedFiles(TextVector files, const char* ownName);

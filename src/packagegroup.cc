@@ -171,16 +171,9 @@ TextVector PackageGroup::checkDeps(OperationType operation, bool) {
       }
       return store.resolve(DependencyStore::ResolveMissing);
     case OperationRemove: {
-      TextVector names;
-      for (const Entry& entry : packages) names.push_back(entry.first->name.c_str());
-      // Each pass yields only packages not yet outgoing, so the closure ends.
-      TextVector found;
-      do {
-        store.clearOutgoing();
-        for (unsigned i = 0; i < names.size(); ++i) store.addOutgoing(names[i]);
-        found = store.resolve(DependencyStore::ResolveDependents);
-        for (unsigned i = 0; i < found.size(); ++i) names.push_back(found[i]);
-      } while (found.size() > 0);
+      TextVector outgoing;
+      for (const Entry& entry : packages) outgoing.push_back(entry.first->name.c_str());
+      TextVector names = store.withDependents(outgoing);
       // The group's own packages go anyway; one occurrence per entry.
       for (const Entry& entry : packages) {
         const int index = names.find(entry.first->name.c_str());

@@ -187,8 +187,10 @@ std::vector<Query::Dependency> Query::depends(const std::string& fullName) const
 
 std::vector<std::string> Query::rdepends(const std::string& fullName) const {
   DependencyStore store(database);
-  store.addOutgoing(shortNameOf(fullName).c_str());
-  std::vector<std::string> dependants = stringsOf(store.dependents());
+  TextVector outgoing;
+  outgoing.push_back(shortNameOf(fullName).c_str());
+  std::vector<std::string> dependants = stringsOf(store.withDependents(outgoing));
+  dependants.erase(dependants.begin());
   std::sort(dependants.begin(), dependants.end());
   return dependants;
 }

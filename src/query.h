@@ -84,8 +84,8 @@ class Query {
   // Each path of files() that is not there; a link counts as itself, not as its target.
   void verify(const std::string& fullName, const PathVisitor& missing) const;
   std::vector<Dependency> depends(const std::string& fullName) const;
-  // The packages that a removal of `fullName` counts as depending on it, as the deps directory
-  // names them, in byte order.
+  // The short names that a removal of `fullName` is refused for: its dependents through every
+  // level, each once, in byte order.
   std::vector<std::string> rdepends(const std::string& fullName) const;
 
   // An asked path as a record would list it: no leading, doubled or trailing "/".
