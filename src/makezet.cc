@@ -67,12 +67,23 @@ bool allDigits(const std::string& text) {
   return !text.empty();
 }
 
-// DDMMYYYY, with a day of 01 to 31 and a month of 01 to 12: upgrades compare it as a date.
+// DDMMYYYY, a day that the calendar has: upgrades compare it as a date.
 bool validStamp(const std::string& stamp) {
   if (stamp.size() != 8 || !allDigits(stamp)) return false;
   const int day = std::stoi(stamp.substr(0, 2));
   const int month = std::stoi(stamp.substr(2, 2));
-  return day >= 1 && day <= 31 && month >= 1 && month <= 12;
+  const int year = std::stoi(stamp.substr(4));
+  const bool leap = year % 4 == 0 && (year % 100 != 0 || year % 400 == 0);
+  const int days[] = {31, leap ? 29 : 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
+  return month >= 1 && month <= 12 && day >= 1 && day <= days[month - 1];
+}
+
+// How many times the option `name` stands on the command line: the parser keeps the last.
+int timesGiven(int argc, char** argv, const char* name) {
+  int times = 0;
+  for (int i = 1; i < argc; ++i)
+    times += Args::isOption(argv[i]) && Args::optionName(argv[i]) == name;
+  return times;
 }
 
 // The time of every member: SOURCE_DATE_EPOCH when set, else the start of 1970, so that the
@@ -154,7 +165,8 @@ void writePackage(const PackageTree& tree, const std::string& output, uint64_t t
   const size_t slash = output.rfind('/');
   const size_t start = slash == std::string::npos ? 0 : slash + 1;
   std::string temporary = output.substr(0, start) + "." + output.substr(start) + ".XXXXXX";
-  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) std::signal(signal, removePendingFile);
+  for (const int signal : {SIGINT, SIGTERM, SIGHUP})
+    std::signal(signal, removePendingFile);
   // A gzip that dies must fail a write, not end this process with the file left behind.
   std::signal(SIGPIPE, SIG_IGN);
   const int file = mkstemp(&temporary[0]);
@@ -198,7 +210,7 @@ int main(int argc, char** argv) {
     printMessage(Lang::instance().get("MakeHelp", zet::PROGRAM_VERSION));
     return MakeDone;
   }
-  if (args.getArguments().size() != 2) badLine();
+  if (args.getArguments().size() != 2 || timesGiven(argc, argv, STAMP_OPTION) > 1) badLine();
   const std::string stamp = args.getValue(STAMP_OPTION);
   if (args.optionExists(STAMP_OPTION, true) && !validStamp(stamp)) {
     refuse(MakeLineRefused, Lang::instance().get("MakeBadStamp", stamp));
