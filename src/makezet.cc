@@ -165,7 +165,7 @@ void writePackage(const PackageTree& tree, const std::string& output, uint64_t t
   const size_t slash = output.rfind('/');
   const size_t start = slash == std::string::npos ? 0 : slash + 1;
   std::string temporary = output.substr(0, start) + "." + output.substr(start) + ".XXXXXX";
-  for (const int signal : {SIGINT, SIGTERM, SIGHUP})
+  for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGQUIT})
     std::signal(signal, removePendingFile);
   // A gzip that dies must fail a write, not end this process with the file left behind.
   std::signal(SIGPIPE, SIG_IGN);
