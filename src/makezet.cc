@@ -117,6 +117,8 @@ const char* keyOf(TreeFinding::Kind kind) {
       return "MakeCannotRead";
     case TreeFinding::BlankInPath:
       return "MakeBlankInPath";
+    case TreeFinding::EscapedPath:
+      return "MakeEscapedPath";
     case TreeFinding::PathTooLong:
       return "MakePathTooLong";
     case TreeFinding::UnsupportedType:

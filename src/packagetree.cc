@@ -25,6 +25,15 @@ constexpr const char* SYSTEM_LINK_DIRECTORIES[] = {"bin/", "sbin/", "lib/", "lib
 constexpr unsigned CONTROL_MODE = 0644;
 constexpr unsigned CONTROL_DIR_MODE = 0755;
 
+// zet keeps the paths of a package as tar lists them, and tar lists a backslash, a control
+// character and a byte past ASCII (unless the locale prints it) as an escape, naming no file.
+bool listedEscaped(const std::string& path) {
+  return std::any_of(path.begin(), path.end(), [](char c) {
+    return c == '\\' || static_cast<unsigned char>(c) < 0x20 ||
+           static_cast<unsigned char>(c) >= 0x7f;
+  });
+}
+
 bool startsWith(std::string_view text, std::string_view head) {
   return text.substr(0, head.size()) == head;
 }
@@ -124,6 +133,10 @@ void PackageTree::addEntry(const std::string& relative) {
 bool PackageTree::pathReadsBack(const std::string& name) {
   if (name.find_first_of(" \t\r\n") != std::string::npos) {
     problems.push_back({TreeFinding::BlankInPath, name, ""});
+    return false;
+  }
+  if (listedEscaped(name)) {
+    problems.push_back({TreeFinding::EscapedPath, name, ""});
     return false;
   }
   unsigned lines = 0;

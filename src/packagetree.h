@@ -28,6 +28,7 @@ struct TreeFinding {
   enum Kind {
     Unreadable,           // a directory or file could not be read (path: as on the disk)
     BlankInPath,          // a path holds a blank, a tab or a line end
+    EscapedPath,          // a path holds a byte that tar lists escaped
     PathTooLong,          // a path would not come back as one line of the package's record
     UnsupportedType,      // neither directory, file nor link; or install/ is no directory
     LinkInControlFiles,   // a symbolic link inside install/ or in its place
