@@ -17,6 +17,8 @@ namespace {
 
 constexpr const char* DOINST_MEMBER = "install/doinst.sh";
 constexpr const char* BUILD_MEMBER = "install/build";
+constexpr const char* CONTROL_FILES[] = {"install/preinst.sh", DOINST_MEMBER, "install/postinst.sh",
+                                         "install/deps", BUILD_MEMBER};
 // "slack-desc" is the default description, "slack-desc.CODE" the one in language CODE.
 constexpr std::string_view DESCRIPTION_MEMBER = "install/slack-desc";
 // Top-level directories that are links to usr/... on many systems. Unpacking such a member
@@ -41,6 +43,23 @@ bool startsWith(std::string_view text, std::string_view head) {
 // The directory install/ or something in it, by a path with or without its trailing "/".
 bool isControl(const std::string& path) {
   return startsWith(path + "/", zet::INSTALL_DIR_MEMBER);
+}
+
+// install/slack-desc, or install/slack-desc.CODE: the loader reads a CODE of one character
+// or more.
+bool isDescription(std::string_view name) {
+  return name == DESCRIPTION_MEMBER ||
+         (name.size() > DESCRIPTION_MEMBER.size() + 1 && startsWith(name, DESCRIPTION_MEMBER) &&
+          name[DESCRIPTION_MEMBER.size()] == '.');
+}
+
+// A file that zet reads from install/; a directory of such a name gives a package whose
+// loader finds no such file, or, when makezet writes the file, both.
+bool isControlFile(std::string_view path) {
+  for (const std::string_view file : CONTROL_FILES) {
+    if (path == file) return true;
+  }
+  return isDescription(path);
 }
 
 bool readFile(const std::string& path, std::string& content) {
@@ -115,7 +134,8 @@ void PackageTree::addEntry(const std::string& relative) {
   const bool directory = S_ISDIR(status.st_mode);
   const std::string name = directory ? relative + "/" : relative;
   if (!pathReadsBack(name)) return;
-  if (!directory && (!S_ISREG(status.st_mode) || name + "/" == zet::INSTALL_DIR_MEMBER)) {
+  if (directory ? isControlFile(relative)
+                : !S_ISREG(status.st_mode) || name + "/" == zet::INSTALL_DIR_MEMBER) {
     problems.push_back({TreeFinding::UnsupportedType, name, ""});
     return;
   }
@@ -167,17 +187,13 @@ void PackageTree::addLink(const std::string& relative) {
   links.push_back({relative, target});
 }
 
-// The member of a control file, added when the tree has none; null when a directory has
-// its name.
-ArchiveMember* PackageTree::controlFile(const std::string& name) {
+// The member of a control file, added when the tree has none.
+ArchiveMember& PackageTree::controlFile(const std::string& name) {
   for (ArchiveMember& member : members) {
-    if (member.name != name) continue;
-    if (!member.directory) return &member;
-    problems.push_back({TreeFinding::UnsupportedType, name, ""});
-    return nullptr;
+    if (member.name == name) return member;
   }
   members.push_back({name, false, CONTROL_MODE, 0, "", ""});
-  return &members.back();
+  return members.back();
 }
 
 void PackageTree::addControlFiles(const std::string& stamp) {
@@ -192,16 +208,16 @@ void PackageTree::addControlFiles(const std::string& stamp) {
     std::string script;
     for (const Link& link : links) script += LinkLines::of(link.path, link.target);
     // The lines go ahead of the tree's own script, which may use the links.
-    ArchiveMember* doinst = controlFile(DOINST_MEMBER);
+    ArchiveMember& doinst = controlFile(DOINST_MEMBER);
     std::string own;
-    if (doinst && !doinst->source.empty() && !readFile(doinst->source, own)) {
-      problems.push_back({TreeFinding::Unreadable, doinst->source, ""});
+    if (!doinst.source.empty() && !readFile(doinst.source, own)) {
+      problems.push_back({TreeFinding::Unreadable, doinst.source, ""});
     }
-    if (doinst) *doinst = {doinst->name, false, doinst->mode, 0, "", script + own};
+    doinst = {doinst.name, false, doinst.mode, 0, "", script + own};
   }
   if (!stamp.empty()) {
-    ArchiveMember* build = controlFile(BUILD_MEMBER);
-    if (build) *build = {build->name, false, build->mode, 0, "", stamp + "\n"};
+    ArchiveMember& build = controlFile(BUILD_MEMBER);
+    build = {build.name, false, build.mode, 0, "", stamp + "\n"};
   }
   for (ArchiveMember& member : members) {
     if (member.source.empty()) member.size = member.content.size();
@@ -212,15 +228,9 @@ void PackageTree::checkDescriptions(const std::string& shortName) {
   bool found = false;
   const std::string prefix = shortName + ":";
   for (const ArchiveMember& member : members) {
-    const std::string_view name = member.name;
-    const bool isDefault = name == DESCRIPTION_MEMBER;
-    // The loader reads "slack-desc.CODE" only with a CODE of at least one character.
-    if (member.directory || !startsWith(name, DESCRIPTION_MEMBER) ||
-        !(isDefault || (name.size() > DESCRIPTION_MEMBER.size() + 1 &&
-                        name[DESCRIPTION_MEMBER.size()] == '.'))) {
-      continue;
-    }
-    found = found || isDefault;
+    // A directory of such a name is refused already.
+    if (!isDescription(member.name)) continue;
+    found = found || member.name == DESCRIPTION_MEMBER;
     TextFile lines;
     if (!lines.load(member.source.c_str())) {
       problems.push_back({TreeFinding::Unreadable, member.source, ""});

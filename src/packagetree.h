@@ -67,7 +67,7 @@ class PackageTree {
   bool pathReadsBack(const std::string& name);
   void addLink(const std::string& relative);
   void addControlFiles(const std::string& stamp);
-  ArchiveMember* controlFile(const std::string& name);
+  ArchiveMember& controlFile(const std::string& name);
   void checkDescriptions(const std::string& shortName);
 
   std::string root;
