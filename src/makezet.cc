@@ -127,6 +127,8 @@ const char* keyOf(TreeFinding::Kind kind) {
       return "MakeLinkInControlFiles";
     case TreeFinding::LinkUnusable:
       return "MakeLinkUnusable";
+    case TreeFinding::LinkOverSystemPath:
+      return "MakeLinkOverSystemPath";
     case TreeFinding::BadDescription:
       return "MakeBadDescription";
     case TreeFinding::NoDescription:

@@ -24,6 +24,16 @@ constexpr std::string_view DESCRIPTION_MEMBER = "install/slack-desc";
 // Top-level directories that are links to usr/... on many systems. Unpacking such a member
 // unlinks what stands in its way, and replaces the link by a directory.
 constexpr const char* SYSTEM_LINK_DIRECTORIES[] = {"bin/", "sbin/", "lib/", "lib64/"};
+// Paths that a usual system holds as directories, or as links it needs (lib to usr/lib): the
+// lines of a link begin with "rm -rf" on its path, which would delete such a directory with
+// everything in it on install. The levels below hold packages' own names.
+constexpr const char* SYSTEM_PATHS[] = {
+    "bin",       "boot",        "dev",       "etc",       "home",      "lib",         "lib32",
+    "lib64",     "libx32",      "media",     "mnt",       "opt",       "proc",        "root",
+    "run",       "sbin",        "srv",       "sys",       "tmp",       "usr",         "var",
+    "usr/bin",   "usr/include", "usr/lib",   "usr/lib32", "usr/lib64", "usr/libexec", "usr/libx32",
+    "usr/local", "usr/sbin",    "usr/share", "usr/src",   "var/cache", "var/lib",     "var/lock",
+    "var/log",   "var/opt",     "var/run",   "var/spool", "var/tmp"};
 constexpr unsigned CONTROL_MODE = 0644;
 constexpr unsigned CONTROL_DIR_MODE = 0755;
 
@@ -179,6 +189,9 @@ void PackageTree::addLink(const std::string& relative) {
   if (!LinkLines::usable(relative, target)) {
     problems.push_back({TreeFinding::LinkUnusable, relative, target});
     return;
+  }
+  for (const char* system : SYSTEM_PATHS) {
+    if (relative == system) problems.push_back({TreeFinding::LinkOverSystemPath, relative, ""});
   }
   struct stat status;
   if (stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode)) {

@@ -33,6 +33,7 @@ struct TreeFinding {
     UnsupportedType,      // neither directory, file nor link; or install/ is no directory
     LinkInControlFiles,   // a symbolic link inside install/ or in its place
     LinkUnusable,         // a link whose doinst.sh lines would not work (detail: its target)
+    LinkOverSystemPath,   // a link where systems keep a directory, which its lines would delete
     BadDescription,       // a description line without the short name (detail: the line)
     NoDescription,        // warning: there is no install/slack-desc
     SystemLinkDirectory,  // warning: a top-level directory that is a link on many systems
