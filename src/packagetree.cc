@@ -21,9 +21,10 @@ constexpr const char* CONTROL_FILES[] = {"install/preinst.sh", DOINST_MEMBER, "i
                                          "install/deps", BUILD_MEMBER};
 // "slack-desc" is the default description, "slack-desc.CODE" the one in language CODE.
 constexpr std::string_view DESCRIPTION_MEMBER = "install/slack-desc";
-// Top-level directories that are links to usr/... on many systems. Unpacking such a member
+// Directories that are links on many systems, into usr/ or to /run. Unpacking such a member
 // unlinks what stands in its way, and replaces the link by a directory.
-constexpr const char* SYSTEM_LINK_DIRECTORIES[] = {"bin/", "sbin/", "lib/", "lib64/"};
+constexpr const char* SYSTEM_LINK_DIRECTORIES[] = {"bin/",   "sbin/",    "lib/",     "lib32/",
+                                                   "lib64/", "var/run/", "var/lock/"};
 // Paths that a usual system holds as directories, or as links it needs (lib to usr/lib): the
 // lines of a link begin with "rm -rf" on its path, which would delete such a directory with
 // everything in it on install. The levels below hold packages' own names.
