@@ -1,7 +1,10 @@
 #include "packagetree.h"
 
 #include <dirent.h>
+#include <fcntl.h>
+#include <linux/openat2.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -71,6 +74,22 @@ bool isControlFile(std::string_view path) {
     if (path == file) return true;
   }
   return isDescription(path);
+}
+
+// Whether the link `relative` of the tree at `root` leads to a directory of that tree, followed
+// as where the tree stands at "/": an absolute target and a ".." at the top stay inside it, so
+// that the same tree gives the same answer on every machine.
+bool leadsToDirectory(const std::string& root, const std::string& relative) {
+  const int top = open(root.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC);
+  open_how how{};
+  how.flags = O_PATH | O_CLOEXEC;
+  how.resolve = RESOLVE_IN_ROOT;
+  const int end = static_cast<int>(syscall(SYS_openat2, top, relative.c_str(), &how, sizeof how));
+  struct stat status;
+  const bool directory = end >= 0 && fstat(end, &status) == 0 && S_ISDIR(status.st_mode);
+  if (end >= 0) close(end);
+  if (top >= 0) close(top);
+  return directory;
 }
 
 bool readFile(const std::string& path, std::string& content) {
@@ -194,8 +213,7 @@ void PackageTree::addLink(const std::string& relative) {
   for (const char* system : SYSTEM_PATHS) {
     if (relative == system) problems.push_back({TreeFinding::LinkOverSystemPath, relative, ""});
   }
-  struct stat status;
-  if (stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode)) {
+  if (leadsToDirectory(root, relative)) {
     warnings.push_back({TreeFinding::LinkToDirectory, relative, target});
   }
   links.push_back({relative, target});
