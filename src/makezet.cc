@@ -147,10 +147,10 @@ std::string sentenceOf(const TreeFinding& finding) {
 }
 
 // Reads and checks the tree; any problem ends the run before a file is made.
-PackageTree readTree(const std::string& dir, const std::string& shortName,
-                     const std::string& stamp) {
+PackageTree readTree(const std::string& dir, const std::string& shortName, const std::string& stamp,
+                     const std::string& output) {
   PackageTree tree;
-  if (!tree.read(dir, shortName, stamp)) {
+  if (!tree.read(dir, shortName, stamp, output)) {
     bool unreadable = false;
     for (const TreeFinding& problem : tree.problems) {
       printError(sentenceOf(problem));
@@ -224,7 +224,7 @@ int main(int argc, char** argv) {
   const std::string output = args.getArguments()[1];
   const std::string shortName = shortNameOf(output);
 
-  const PackageTree tree = readTree(dir, shortName, stamp);
+  const PackageTree tree = readTree(dir, shortName, stamp, output);
   writePackage(tree, output, time);
   return MakeDone;
 }

@@ -109,8 +109,11 @@ bool isDescriptionLine(const char* line) {
 }  // namespace
 
 bool PackageTree::read(const std::string& dir, const std::string& shortName,
-                       const std::string& stamp) {
+                       const std::string& stamp, const std::string& outputPath) {
   root = dir;
+  // Packed, the package would grow by its former self on every run of "makezet . NAME.tgz";
+  // refused, every second such run would fail.
+  if (stat(outputPath.c_str(), &output) != 0) output = {};
   members.clear();
   problems.clear();
   warnings.clear();
@@ -159,6 +162,9 @@ void PackageTree::addEntry(const std::string& relative) {
   }
   if (S_ISLNK(status.st_mode)) {
     if (pathReadsBack(relative)) addLink(relative);
+    return;
+  }
+  if (S_ISREG(status.st_mode) && status.st_ino == output.st_ino && status.st_dev == output.st_dev) {
     return;
   }
   const bool directory = S_ISDIR(status.st_mode);
