@@ -31,7 +31,7 @@ enum MakeStatus : int {
   MakeTreeRefused = 1,                        // the tree breaks a rule of the package format
   MakeNameRefused = 2,                        // OUTPUT is no package file name
   MakeReadFailed = 3,                         // the tree, or a file in it, could not be read
-  MakeWriteFailed = 4,                        // OUTPUT's directory, gzip or the rename failed
+  MakeWriteFailed = 4,                        // OUTPUT's directory, gzip, rename or stdout failed
   MakeLineRefused = zet::ExitBadCommandLine,  // command line, build stamp or SOURCE_DATE_EPOCH
 };
 
@@ -212,6 +212,9 @@ int main(int argc, char** argv) {
   if (!args.parse(argc, argv)) badLine();
   if (args.optionExists("help", true) || args.optionExists("h", true)) {
     printMessage(Lang::instance().get("MakeHelp", zet::PROGRAM_VERSION));
+    if (fflush(stdout) != 0 || ferror(stdout)) {
+      refuse(MakeWriteFailed, Lang::instance().get("MakeCannotWriteHelp"));
+    }
     return MakeDone;
   }
   if (args.getArguments().size() != 2 || timesGiven(argc, argv, STAMP_OPTION) > 1) badLine();

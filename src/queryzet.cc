@@ -23,6 +23,7 @@ enum QueryExit : int {
   QueryExitNegative = 1,      // --owner found no owner of a path, or --verify something missing
   QueryExitNotInstalled = 3,  // a named package is not installed, or a pattern matched none
   QueryExitUnreadable = 4,    // the database, a record or a path to check could not be read
+  QueryExitUnwritten = 5,     // standard output refused the answer
   QueryExitBadCommandLine = zet::ExitBadCommandLine,  // the command line was refused
 };
 
@@ -47,6 +48,14 @@ void complain(const std::string& sentence, int exitStatus) {
   fflush(stdout);
   printError(sentence);
   raiseStatus(exitStatus);
+}
+
+// Flushes the answer: a full disk or a closed standard output loses it, which the status says.
+int finish() {
+  if (fflush(stdout) != 0 || ferror(stdout)) {
+    complain(Lang::instance().get("QueryErrorCannotWrite"), QueryExitUnwritten);
+  }
+  return status;
 }
 
 void reportProblem(const Query::Problem& problem) {
@@ -194,7 +203,7 @@ int main(int argc, char** argv) {
   if (given("lang")) loadLanguage(args.getValue("lang"));
   if (given("help") || given("h")) {
     printMessage(Lang::instance().get("QueryHelp", zet::PROGRAM_VERSION));
-    return QueryExitAnswered;
+    return finish();
   }
   const Question& question = questionAsked();
 
@@ -206,6 +215,5 @@ int main(int argc, char** argv) {
     return status;
   }
   question.answer(query, args.getArguments());
-  fflush(stdout);
-  return status;
+  return finish();
 }
