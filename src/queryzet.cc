@@ -176,6 +176,15 @@ const struct Question {
   exit(QueryExitBadCommandLine);
 }
 
+// Help wins whatever else the line holds, words that the parser refuses included.
+bool helpAsked(int argc, char** argv) {
+  for (int i = 1; i < argc; ++i) {
+    const std::string name = Args::isOption(argv[i]) ? Args::optionName(argv[i]) : "";
+    if (name == "help" || name == "h") return true;
+  }
+  return false;
+}
+
 const Question& questionAsked() {
   const Question* asked = nullptr;
   for (const Question& question : QUESTIONS) {
@@ -199,12 +208,13 @@ int main(int argc, char** argv) {
   for (const Question& question : QUESTIONS) args.addOption(question.option, false);
   for (const char* option : {"help", "h"}) args.addOption(option, false);
   for (const char* option : {"root", "lang"}) args.addOption(option, true);
-  if (!args.parse(argc, argv)) badLine();
-  if (given("lang")) loadLanguage(args.getValue("lang"));
-  if (given("help") || given("h")) {
+  const bool parsed = args.parse(argc, argv);
+  if (parsed && given("lang")) loadLanguage(args.getValue("lang"));
+  if (helpAsked(argc, argv)) {
     printMessage(Lang::instance().get("QueryHelp", zet::PROGRAM_VERSION));
     return finish();
   }
+  if (!parsed) badLine();
   const Question& question = questionAsked();
 
   // Without --root the empty root leaves every database path as it is: "/var/log/packages".
