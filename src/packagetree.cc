@@ -113,7 +113,7 @@ bool PackageTree::read(const std::string& dir, const std::string& shortName,
   root = dir;
   // Packed, the package would grow by its former self on every run of "makezet . NAME.tgz";
   // refused, every second such run would fail.
-  if (stat(outputPath.c_str(), &output) != 0) output = {};
+  if (stat(outputPath.c_str(), &outputStatus) != 0) outputStatus = {};
   members.clear();
   problems.clear();
   warnings.clear();
@@ -164,7 +164,8 @@ void PackageTree::addEntry(const std::string& relative) {
     if (pathReadsBack(relative)) addLink(relative);
     return;
   }
-  if (S_ISREG(status.st_mode) && status.st_ino == output.st_ino && status.st_dev == output.st_dev) {
+  if (S_ISREG(status.st_mode) && status.st_ino == outputStatus.st_ino &&
+      status.st_dev == outputStatus.st_dev) {
     return;
   }
   const bool directory = S_ISDIR(status.st_mode);

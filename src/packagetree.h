@@ -50,11 +50,11 @@ struct TreeFinding {
 class PackageTree {
  public:
   // Reads the tree `dir` of the package whose short name is `shortName`; a `stamp` that is not
-  // empty becomes install/build. The file `output`, when the tree holds it, is left out: an
-  // earlier build of the same package. True when nothing refuses the tree; `members` is
+  // empty becomes install/build. The file `outputPath`, when the tree holds it, is left out:
+  // an earlier build of the same package. True when nothing refuses the tree; `members` is
   // complete only then.
   bool read(const std::string& dir, const std::string& shortName, const std::string& stamp,
-            const std::string& output);
+            const std::string& outputPath);
 
   std::vector<ArchiveMember> members;
   std::vector<TreeFinding> problems;
@@ -78,7 +78,7 @@ class PackageTree {
   std::string root;
   std::vector<Link> links;
   // The file that the package will be written to, by device and inode: none when it is absent.
-  struct stat output {};
+  struct stat outputStatus {};
 };
 
 #endif
