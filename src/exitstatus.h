@@ -23,6 +23,7 @@ enum QueryExit : int {
   QueryExitNegative = 1,      // --owner found no owner of a path, or --verify something missing
   QueryExitNotInstalled = 3,  // a named package is not installed, or a pattern matched none
   QueryExitUnreadable = 4,    // the database, a record or a path to check could not be read
+  QueryExitUnwritten = 5,     // standard output refused the answer
   QueryExitBadCommandLine = ZetExitBadCommandLine,  // the command line was refused
 };
 

@@ -54,12 +54,23 @@ bool allDigits(const std::string& text) {
   return !text.empty();
 }
 
-// DDMMYYYY, with a day of 01 to 31 and a month of 01 to 12: upgrades compare it as a date.
+// DDMMYYYY, a day that the calendar has: upgrades compare it as a date.
 bool validStamp(const std::string& stamp) {
   if (stamp.size() != 8 || !allDigits(stamp)) return false;
   const int day = std::stoi(stamp.substr(0, 2));
   const int month = std::stoi(stamp.substr(2, 2));
-  return day >= 1 && day <= 31 && month >= 1 && month <= 12;
+  const int year = std::stoi(stamp.substr(4));
+  const bool leap = year % 4 == 0 && (year % 100 != 0 || year % 400 == 0);
+  const int days[] = {31, leap ? 29 : 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
+  return month >= 1 && month <= 12 && day >= 1 && day <= days[month - 1];
+}
+
+// How many times the option `name` stands on the command line: the parser keeps the last.
+int timesGiven(int argc, char** argv, const char* name) {
+  int times = 0;
+  for (int i = 1; i < argc; ++i)
+    times += Args::isOption(argv[i]) && Args::optionName(argv[i]) == name;
+  return times;
 }
 
 // The time of every member: SOURCE_DATE_EPOCH when set, else the start of 1970, so that the
@@ -92,6 +103,8 @@ const char* keyOf(TreeFinding::Kind kind) {
       return "MakeCannotRead";
     case TreeFinding::BlankInPath:
       return "MakeBlankInPath";
+    case TreeFinding::EscapedPath:
+      return "MakeEscapedPath";
     case TreeFinding::PathTooLong:
       return "MakePathTooLong";
     case TreeFinding::UnsupportedType:
@@ -100,6 +113,8 @@ const char* keyOf(TreeFinding::Kind kind) {
       return "MakeLinkInControlFiles";
     case TreeFinding::LinkUnusable:
       return "MakeLinkUnusable";
+    case TreeFinding::LinkOverSystemPath:
+      return "MakeLinkOverSystemPath";
     case TreeFinding::BadDescription:
       return "MakeBadDescription";
     case TreeFinding::NoDescription:
@@ -118,10 +133,10 @@ std::string sentenceOf(const TreeFinding& finding) {
 }
 
 // Reads and checks the tree; any problem ends the run before a file is made.
-PackageTree readTree(const std::string& dir, const std::string& shortName,
-                     const std::string& stamp) {
+PackageTree readTree(const std::string& dir, const std::string& shortName, const std::string& stamp,
+                     const std::string& output) {
   PackageTree tree;
-  if (!tree.read(dir, shortName, stamp)) {
+  if (!tree.read(dir, shortName, stamp, output)) {
     bool unreadable = false;
     for (const TreeFinding& problem : tree.problems) {
       printError(sentenceOf(problem));
@@ -142,7 +157,8 @@ void writePackage(const PackageTree& tree, const std::string& dir, const std::st
   const size_t start = slash == std::string::npos ? 0 : slash + 1;
   const std::string pattern = output.substr(0, start) + "." + output.substr(start) + ".XXXXXX";
   std::string temporary = pattern;
-  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) std::signal(signal, removePendingFile);
+  for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGQUIT})
+    std::signal(signal, removePendingFile);
   const int file = mkostemp(&temporary[0], O_CLOEXEC);
   if (file < 0) refuse(MakeExitWriteFailed, Lang::instance().get("MakeCannotWrite", output));
   pendingFile = temporary.c_str();
@@ -184,9 +200,13 @@ int main(int argc, char** argv) {
   if (!args.parse(argc, argv)) refuseCommandLine(false);
   if (args.optionExists("help", true) || args.optionExists("h", true)) {
     printMessage(Lang::instance().get("MakeHelp", zet::PROGRAM_VERSION));
+    if (fflush(stdout) != 0 || ferror(stdout)) {
+      refuse(MakeExitWriteFailed, Lang::instance().get("MakeCannotWriteHelp"));
+    }
     return MakeExitDone;
   }
-  if (args.getArguments().size() != 2) refuseCommandLine(false);
+  if (args.getArguments().size() != 2 || timesGiven(argc, argv, STAMP_OPTION) > 1)
+    refuseCommandLine(false);
   const std::string stamp = args.getValue(STAMP_OPTION);
   if (args.optionExists(STAMP_OPTION, true) && !validStamp(stamp)) {
     refuse(MakeExitLineRefused, Lang::instance().get("MakeBadStamp", stamp));
@@ -196,7 +216,7 @@ int main(int argc, char** argv) {
   const std::string output = args.getArguments()[1];
   const std::string shortName = shortNameOfOutput(output);
 
-  const PackageTree tree = readTree(dir, shortName, stamp);
+  const PackageTree tree = readTree(dir, shortName, stamp, output);
   writePackage(tree, dir, output, time);
   return MakeExitDone;
 }

@@ -212,7 +212,7 @@ PackageArchive::Result PackageArchive::write(const std::vector<ArchiveMember>& m
 
   sigset_t signals, previous;
   sigemptyset(&signals);
-  for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGCHLD}) sigaddset(&signals, signal);
+  for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGCHLD}) sigaddset(&signals, signal);
   sigprocmask(SIG_BLOCK, &signals, &previous);
   int caught = 0;
   const Result result = pack(members, treePath, stagePattern, output, time, signals, caught);

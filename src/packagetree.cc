@@ -1,7 +1,10 @@
 #include "packagetree.h"
 
 #include <dirent.h>
+#include <fcntl.h>
+#include <linux/openat2.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -19,15 +22,72 @@ namespace {
 const std::string DOINST_MEMBER = std::string(zet::INSTALL_DIR_MEMBER) + zet::DOINST_SCRIPT;
 const std::string BUILD_MEMBER = std::string(zet::INSTALL_DIR_MEMBER) + zet::BUILD_FILE;
 const std::string DESCRIPTION_MEMBER = std::string(zet::INSTALL_DIR_MEMBER) + zet::DESCRIPTION_FILE;
-// Top-level directories that are links to usr/... on many systems. Unpacking such a member
+const std::string CONTROL_FILES[] = {
+    std::string(zet::INSTALL_DIR_MEMBER) + zet::PREINST_SCRIPT, DOINST_MEMBER,
+    std::string(zet::INSTALL_DIR_MEMBER) + zet::POSTINST_SCRIPT,
+    std::string(zet::INSTALL_DIR_MEMBER) + zet::DEPS_FILE, BUILD_MEMBER};
+// Directories that are links on many systems, into usr/ or to /run. Unpacking such a member
 // unlinks what stands in its way, and replaces the link by a directory.
-constexpr const char* SYSTEM_LINK_DIRECTORIES[] = {"bin/", "sbin/", "lib/", "lib64/"};
+constexpr const char* SYSTEM_LINK_DIRECTORIES[] = {"bin/",   "sbin/",    "lib/",     "lib32/",
+                                                   "lib64/", "var/run/", "var/lock/"};
+// Paths that a usual system holds as directories, or as links it needs (lib to usr/lib): the
+// lines of a link begin with "rm -rf" on its path, which would delete such a directory with
+// everything in it on install. The levels below hold packages' own names.
+constexpr const char* SYSTEM_PATHS[] = {
+    "bin",       "boot",        "dev",       "etc",       "home",      "lib",         "lib32",
+    "lib64",     "libx32",      "media",     "mnt",       "opt",       "proc",        "root",
+    "run",       "sbin",        "srv",       "sys",       "tmp",       "usr",         "var",
+    "usr/bin",   "usr/include", "usr/lib",   "usr/lib32", "usr/lib64", "usr/libexec", "usr/libx32",
+    "usr/local", "usr/sbin",    "usr/share", "usr/src",   "var/cache", "var/lib",     "var/lock",
+    "var/log",   "var/opt",     "var/run",   "var/spool", "var/tmp"};
 constexpr unsigned CONTROL_MODE = 0644;
 constexpr unsigned CONTROL_DIR_MODE = 0755;
+
+// zet keeps the paths of a package as tar lists them, and tar lists a backslash, a control
+// character and a byte past ASCII (unless the locale prints it) as an escape, naming no file.
+bool listedEscaped(const std::string& path) {
+  return std::any_of(path.begin(), path.end(), [](char c) {
+    return c == '\\' || static_cast<unsigned char>(c) < 0x20 ||
+           static_cast<unsigned char>(c) >= 0x7f;
+  });
+}
 
 // The directory install/ or something in it, by a path with or without its trailing "/".
 bool isControl(const std::string& path) {
   return startsWith(path + "/", zet::INSTALL_DIR_MEMBER);
+}
+
+// install/slack-desc, or install/slack-desc.CODE: the loader reads a CODE of one character
+// or more.
+bool isDescription(std::string_view name) {
+  return name == DESCRIPTION_MEMBER ||
+         (name.size() > DESCRIPTION_MEMBER.size() + 1 && startsWith(name, DESCRIPTION_MEMBER) &&
+          name[DESCRIPTION_MEMBER.size()] == '.');
+}
+
+// A file that zet reads from install/; a directory of such a name gives a package whose
+// loader finds no such file, or, when makezet writes the file, both.
+bool isControlFile(std::string_view path) {
+  for (const std::string_view file : CONTROL_FILES) {
+    if (path == file) return true;
+  }
+  return isDescription(path);
+}
+
+// Whether the link `relative` of the tree at `root` leads to a directory of that tree, followed
+// as where the tree stands at "/": an absolute target and a ".." at the top stay inside it, so
+// that the same tree gives the same answer on every machine.
+bool leadsToDirectory(const std::string& root, const std::string& relative) {
+  const int top = open(root.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC);
+  open_how how{};
+  how.flags = O_PATH | O_CLOEXEC;
+  how.resolve = RESOLVE_IN_ROOT;
+  const int end = static_cast<int>(syscall(SYS_openat2, top, relative.c_str(), &how, sizeof how));
+  struct stat status;
+  const bool directory = end >= 0 && fstat(end, &status) == 0 && S_ISDIR(status.st_mode);
+  if (end >= 0) close(end);
+  if (top >= 0) close(top);
+  return directory;
 }
 
 bool readFile(const std::string& path, std::string& content) {
@@ -47,8 +107,11 @@ bool isDescriptionLine(const char* line) {
 }  // namespace
 
 bool PackageTree::read(const std::string& dir, const std::string& shortName,
-                       const std::string& stamp) {
+                       const std::string& stamp, const std::string& outputPath) {
   root = dir;
+  // Packed, the package would grow by its former self on every run of "makezet . NAME.tgz";
+  // refused, every second such run would fail.
+  if (stat(outputPath.c_str(), &outputStatus) != 0) outputStatus = {};
   members.clear();
   problems.clear();
   warnings.clear();
@@ -99,10 +162,15 @@ void PackageTree::addEntry(const std::string& relative) {
     if (pathReadsBack(relative)) addLink(relative);
     return;
   }
+  if (S_ISREG(status.st_mode) && status.st_ino == outputStatus.st_ino &&
+      status.st_dev == outputStatus.st_dev) {
+    return;
+  }
   const bool directory = S_ISDIR(status.st_mode);
   const std::string name = directory ? relative + "/" : relative;
   if (!pathReadsBack(name)) return;
-  if (!directory && (!S_ISREG(status.st_mode) || name + "/" == zet::INSTALL_DIR_MEMBER)) {
+  if (directory ? isControlFile(relative)
+                : !S_ISREG(status.st_mode) || name + "/" == zet::INSTALL_DIR_MEMBER) {
     problems.push_back({TreeFinding::UnsupportedType, name, ""});
     return;
   }
@@ -118,6 +186,10 @@ void PackageTree::addEntry(const std::string& relative) {
 bool PackageTree::pathReadsBack(const std::string& name) {
   if (name.find_first_of(" \t\r\n") != std::string::npos) {
     problems.push_back({TreeFinding::BlankInPath, name, ""});
+    return false;
+  }
+  if (listedEscaped(name)) {
+    problems.push_back({TreeFinding::EscapedPath, name, ""});
     return false;
   }
   unsigned lines = 0;
@@ -141,24 +213,22 @@ void PackageTree::addLink(const std::string& relative) {
     problems.push_back({TreeFinding::LinkUnusable, relative, target});
     return;
   }
-  struct stat status;
-  if (stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode)) {
+  for (const char* system : SYSTEM_PATHS) {
+    if (relative == system) problems.push_back({TreeFinding::LinkOverSystemPath, relative, ""});
+  }
+  if (leadsToDirectory(root, relative)) {
     warnings.push_back({TreeFinding::LinkToDirectory, relative, target});
   }
   links.push_back({relative, target});
 }
 
-// The member of a control file, added when the tree has none; null when a directory has
-// its name.
-ArchiveMember* PackageTree::controlFile(const std::string& name) {
+// The member of a control file, added when the tree has none.
+ArchiveMember& PackageTree::controlFile(const std::string& name) {
   for (ArchiveMember& member : members) {
-    if (member.name != name) continue;
-    if (!member.directory) return &member;
-    problems.push_back({TreeFinding::UnsupportedType, name, ""});
-    return nullptr;
+    if (member.name == name) return member;
   }
   members.push_back({name, false, CONTROL_MODE, "", ""});
-  return &members.back();
+  return members.back();
 }
 
 void PackageTree::addControlFiles(const std::string& stamp) {
@@ -173,16 +243,16 @@ void PackageTree::addControlFiles(const std::string& stamp) {
     std::string script;
     for (const Link& link : links) script += LinkLines::of(link.path, link.target);
     // The lines go ahead of the tree's own script, which may use the links.
-    ArchiveMember* doinst = controlFile(DOINST_MEMBER);
+    ArchiveMember& doinst = controlFile(DOINST_MEMBER);
     std::string own;
-    if (doinst && !doinst->source.empty() && !readFile(doinst->source, own)) {
-      problems.push_back({TreeFinding::Unreadable, doinst->source, ""});
+    if (!doinst.source.empty() && !readFile(doinst.source, own)) {
+      problems.push_back({TreeFinding::Unreadable, doinst.source, ""});
     }
-    if (doinst) *doinst = {doinst->name, false, doinst->mode, "", script + own};
+    doinst = {doinst.name, false, doinst.mode, "", script + own};
   }
   if (!stamp.empty()) {
-    ArchiveMember* build = controlFile(BUILD_MEMBER);
-    if (build) *build = {build->name, false, build->mode, "", stamp + "\n"};
+    ArchiveMember& build = controlFile(BUILD_MEMBER);
+    build = {build.name, false, build.mode, "", stamp + "\n"};
   }
 }
 
@@ -190,15 +260,9 @@ void PackageTree::checkDescriptions(const std::string& shortName) {
   bool found = false;
   const std::string prefix = shortName + ":";
   for (const ArchiveMember& member : members) {
-    const std::string_view name = member.name;
-    const bool isDefault = name == DESCRIPTION_MEMBER;
-    // The loader reads "slack-desc.CODE" only with a CODE of at least one character.
-    if (member.directory || !startsWith(name, DESCRIPTION_MEMBER) ||
-        !(isDefault || (name.size() > DESCRIPTION_MEMBER.size() + 1 &&
-                        name[DESCRIPTION_MEMBER.size()] == '.'))) {
-      continue;
-    }
-    found = found || isDefault;
+    // A directory of such a name is refused already.
+    if (!isDescription(member.name)) continue;
+    found = found || member.name == DESCRIPTION_MEMBER;
     TextFile lines;
     if (!lines.load(member.source.c_str())) {
       problems.push_back({TreeFinding::Unreadable, member.source, ""});

@@ -8,6 +8,9 @@
 #ifndef ZET_PACKAGETREE_H
 #define ZET_PACKAGETREE_H
 
+#include <sys/stat.h>
+
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -27,10 +30,12 @@ struct TreeFinding {
   enum Kind {
     Unreadable,           // a directory or file could not be read (path: as on the disk)
     BlankInPath,          // a path holds a blank, a tab or a line end
+    EscapedPath,          // a path holds a byte that tar lists escaped
     PathTooLong,          // a path would not come back as one line of the package's record
     UnsupportedType,      // neither directory, file nor link; or install/ is no directory
     LinkInControlFiles,   // a symbolic link inside install/ or in its place
     LinkUnusable,         // a link whose doinst.sh lines would not work (detail: its target)
+    LinkOverSystemPath,   // a link where systems keep a directory, which its lines would delete
     BadDescription,       // a description line without the short name (detail: the line)
     NoDescription,        // warning: there is no install/slack-desc
     SystemLinkDirectory,  // warning: a top-level directory that is a link on many systems
@@ -45,9 +50,11 @@ struct TreeFinding {
 class PackageTree {
  public:
   // Reads the tree `dir` of the package whose short name is `shortName`; a `stamp` that is not
-  // empty becomes install/build. True when nothing refuses the tree; `members` is complete only
-  // then.
-  bool read(const std::string& dir, const std::string& shortName, const std::string& stamp);
+  // empty becomes install/build. The file `outputPath`, when the tree holds it, is left out:
+  // an earlier build of the same package. True when nothing refuses the tree; `members` is
+  // complete only then.
+  bool read(const std::string& dir, const std::string& shortName, const std::string& stamp,
+            const std::string& outputPath);
 
   std::vector<ArchiveMember> members;
   std::vector<TreeFinding> problems;
@@ -65,11 +72,13 @@ class PackageTree {
   bool pathReadsBack(const std::string& name);
   void addLink(const std::string& relative);
   void addControlFiles(const std::string& stamp);
-  ArchiveMember* controlFile(const std::string& name);
+  ArchiveMember& controlFile(const std::string& name);
   void checkDescriptions(const std::string& shortName);
 
   std::string root;
   std::vector<Link> links;
+  // The file that the package will be written to, by device and inode: none when it is absent.
+  struct stat outputStatus {};
 };
 
 #endif

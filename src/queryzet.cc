@@ -42,6 +42,14 @@ void complain(const std::string& sentence, int exitStatus) {
   raiseStatus(exitStatus);
 }
 
+// Flushes the answer: a full disk or a closed standard output loses it, which the status says.
+int finish() {
+  if (fflush(stdout) != 0 || ferror(stdout)) {
+    complain(Lang::instance().get("QueryErrorCannotWrite"), QueryExitUnwritten);
+  }
+  return status;
+}
+
 void reportProblem(const Query::Problem& problem) {
   static const char* const KEYS[] = {"QueryErrorUnreadable", "QueryErrorNoFileList",
                                      "QueryErrorCannotCheck"};
@@ -154,6 +162,15 @@ const struct Question {
     {"rdepends", true, answerRdepends},
 };
 
+// Help wins whatever else the line holds, words that the parser refuses included.
+bool helpAsked(int argc, char** argv) {
+  for (int i = 1; i < argc; ++i) {
+    const std::string name = Args::isOption(argv[i]) ? Args::optionName(argv[i]) : "";
+    if (name == "help" || name == "h") return true;
+  }
+  return false;
+}
+
 const Question& questionAsked() {
   const Question* asked = nullptr;
   for (const Question& question : QUESTIONS) {
@@ -176,12 +193,13 @@ int main(int argc, char** argv) {
   for (const Question& question : QUESTIONS) args.addOption(question.option, false);
   for (const char* option : {"help", "h"}) args.addOption(option, false);
   for (const char* option : {"root", "lang"}) args.addOption(option, true);
-  if (!args.parse(argc, argv)) refuseCommandLine(false);
-  if (given("lang")) loadLanguage(args.getValue("lang"));
-  if (given("help") || given("h")) {
+  const bool parsed = args.parse(argc, argv);
+  if (parsed && given("lang")) loadLanguage(args.getValue("lang"));
+  if (helpAsked(argc, argv)) {
     printMessage(Lang::instance().get("QueryHelp", zet::PROGRAM_VERSION));
-    return QueryExitAnswered;
+    return finish();
   }
+  if (!parsed) refuseCommandLine(false);
   const Question& question = questionAsked();
 
   // Without --root the empty root leaves every database path as it is: "/var/log/packages".
@@ -192,6 +210,5 @@ int main(int argc, char** argv) {
     return status;
   }
   question.answer(query, args.getArguments());
-  fflush(stdout);
-  return status;
+  return finish();
 }
