@@ -11,6 +11,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
+#include <ctime>
 #include <string>
 
 #include "archivewriter.h"
@@ -22,6 +23,7 @@
 #include "messages.h"
 #include "package.h"
 #include "packagetree.h"
+#include "repomaker.h"
 
 namespace {
 
@@ -181,6 +183,20 @@ void writePackage(const PackageTree& tree, const std::string& output, uint64_t t
   refuse(MakeWriteFailed, Lang::instance().get("MakeCannotWrite", output));
 }
 
+// The repository verbs: "--new-key PREFIX" alone, or "--index DIR [--sign KEY]".
+int repositoryVerb(Args& args) {
+  const bool newKey = args.optionExists("new-key", true);
+  const bool index = args.optionExists("index", true);
+  if (newKey == index || !args.getArguments().empty() || args.optionExists(STAMP_OPTION, true) ||
+      (newKey && args.optionExists("sign", true))) {
+    badLine();
+  }
+  if (newKey) return RepoMaker::newKey(args.getValue("new-key"));
+  // The index is dated now, unless the build fixes the time.
+  const uint64_t date = std::getenv(EPOCH_VARIABLE) ? memberTime() : uint64_t(std::time(nullptr));
+  return RepoMaker::index(args.getValue("index"), args.getValue("sign"), date);
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -191,10 +207,14 @@ int main(int argc, char** argv) {
   args.clear();
   for (const char* name : {"help", "h"}) args.addOption(name, false);
   args.addOption(STAMP_OPTION, true);
+  for (const char* verb : {"new-key", "index", "sign"}) args.addOption(verb, true);
   if (!args.parse(argc, argv)) badLine();
   if (args.optionExists("help", true) || args.optionExists("h", true)) {
     printMessage(Lang::instance().get("MakeHelp", zet::PROGRAM_VERSION));
     return MakeDone;
+  }
+  for (const char* verb : {"new-key", "index", "sign"}) {
+    if (args.optionExists(verb, true)) return repositoryVerb(args);
   }
   if (args.getArguments().size() != 2) badLine();
   const std::string stamp = args.getValue(STAMP_OPTION);
