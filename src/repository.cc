@@ -218,9 +218,12 @@ std::optional<std::string> Repositories::fetch(const Offer& offer,
     Download download;
     const Download::Result result = download.toFile(url, file, entry.size, progress);
     if (result != Download::Done) {
-      failures.push_back({kindOf(result), url, download.error});
-      // What came so far is kept for the next mirror to go on from, unless it was too much.
-      if (result == Download::TooLarge && ftruncate(file, 0) != 0) break;
+      failures.push_back(
+          {kindOf(result), result == Download::DiskFailed ? path : url, download.error});
+      // What came so far is kept for the next mirror to go on from, unless it was too much;
+      // a full disk gets its room back and ends the tries.
+      if (result == Download::Failed) continue;
+      if (ftruncate(file, 0) != 0 || result == Download::DiskFailed) break;
       continue;
     }
     done = whole(file, entry, kind);
