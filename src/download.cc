@@ -45,19 +45,14 @@ int progressOf(void* user, curl_off_t total, curl_off_t now, curl_off_t, curl_of
   return 0;
 }
 
-void startCurl() {
-  static const bool started = curl_global_init(CURL_GLOBAL_DEFAULT) == CURLE_OK;
-  (void)started;
-}
-
 }  // namespace
 
 Download::Result Download::run(const std::string& url, uint64_t offset, uint64_t limit,
                                const std::function<bool(const char*, size_t)>& sink,
                                const Progress& progress) {
-  startCurl();
   error.clear();
   rangeIgnored = false;
+  // The first handle sets libcurl up for the whole run.
   CURL* curl = curl_easy_init();
   if (curl == nullptr) {
     error = "libcurl";

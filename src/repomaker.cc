@@ -189,12 +189,12 @@ RepoMaker::Status RepoMaker::index(const std::string& dir, const std::string& ke
     return fail(WriteFailed, lang.get("MakeCannotWrite", indexPath));
   }
   // An old signature would not fit the new index.
-  const bool signedWell =
-      key ? SmallFile::write(
-                signaturePath,
-                Signature::sign(indexText, *key, "serial:" + std::to_string(index.serial)), 0644)
-          : unlink(signaturePath.c_str()) == 0 || errno == ENOENT;
-  if (!signedWell) return fail(WriteFailed, lang.get("MakeCannotWrite", signaturePath));
+  const std::string signature =
+      key ? Signature::sign(indexText, *key, "serial:" + std::to_string(index.serial)) : "";
+  if (key ? !SmallFile::write(signaturePath, signature, 0644)
+          : unlink(signaturePath.c_str()) != 0 && errno != ENOENT) {
+    return fail(WriteFailed, lang.get("MakeCannotWrite", signaturePath));
+  }
   printMessage(lang.get("MakeIndexWritten", indexPath, std::to_string(index.serial),
                         std::to_string(index.entries.size())));
   return Done;

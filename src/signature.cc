@@ -18,8 +18,9 @@ constexpr size_t SECRET_SIZE = 2 + 2 + 2 + 32 + 8 + 8 + 8 + 64 + 32;
 constexpr size_t SECRET_ID_AT = 54;
 constexpr size_t SIGNATURE_SIZE = 2 + 8 + 64;
 
+// libsodium picks its implementations once, before the first use.
 void startSodium() {
-  static const bool started = sodium_init() >= 0;
+  static const int started = sodium_init();
   (void)started;
 }
 
