@@ -134,8 +134,8 @@ std::optional<Signature::SecretKey> Signature::readSecretKey(const std::string& 
   std::memcpy(key.id.data(), &(*bytes)[SECRET_ID_AT], key.id.size());
   std::memcpy(key.key.data(), &(*bytes)[SECRET_ID_AT + key.id.size()], key.key.size());
   // The second half is the public key that the seed in the first half gives.
-  std::array<uint8_t, 32> derived;
-  std::array<uint8_t, 64> again;
+  std::array<uint8_t, crypto_sign_PUBLICKEYBYTES> derived;
+  std::array<uint8_t, crypto_sign_SECRETKEYBYTES> again;
   if (crypto_sign_seed_keypair(derived.data(), again.data(), key.key.data()) != 0 ||
       again != key.key) {
     return std::nullopt;

@@ -23,12 +23,9 @@ bool SmallFile::write(const std::string& path, const std::string& text, mode_t m
   std::string temporary = path.substr(0, start) + "." + path.substr(start) + ".XXXXXX";
   const int file = mkstemp(&temporary[0]);
   if (file < 0) return false;
-  bool good = fchmod(file, mode) == 0;
-  for (size_t at = 0; good && at < text.size();) {
-    const ssize_t written = ::write(file, text.data() + at, text.size() - at);
-    good = written > 0;
-    at += good ? static_cast<size_t>(written) : 0;
-  }
+  // A regular file takes a whole write unless the disk is full.
+  bool good = fchmod(file, mode) == 0 &&
+              ::write(file, text.data(), text.size()) == static_cast<ssize_t>(text.size());
   good = fsync(file) == 0 && good;
   good = close(file) == 0 && good;
   good = good && rename(temporary.c_str(), path.c_str()) == 0;
