@@ -6,8 +6,8 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <filesystem>
 
-#include "filesystem.h"
 #include "smallfile.h"
 
 namespace {
@@ -23,6 +23,12 @@ constexpr const char* PARTIAL_EXTENSION = ".part";
 constexpr uint64_t INDEX_LIMIT = uint64_t(256) << 20;
 constexpr uint64_t SIGNATURE_LIMIT = 4096;
 constexpr uint64_t KEY_LIMIT = 4096;
+
+// Makes the directory that holds `path`, with its parents; a failure shows in the next step.
+void makeParent(const std::string& path) {
+  std::error_code ignored;
+  std::filesystem::create_directories(path.substr(0, path.rfind('/')), ignored);
+}
 
 std::string urlOf(const std::string& mirror, const std::string& file) {
   return mirror + (!mirror.empty() && mirror.back() == '/' ? "" : "/") + file;
@@ -133,7 +139,7 @@ bool Repositories::update(const RepoConfig::Repo& repo, std::vector<Failure>& fa
     const std::optional<Fetched> fetched = verified(mirror, *key, keptSerial, failures);
     if (!fetched) continue;
     const std::string path = keptIndexPath(repo.name);
-    FileSystem::instance().makePath(path.substr(0, path.rfind('/')), false);
+    makeParent(path);
     // The index is read alone; its signature is kept beside it for people to check again.
     if (!SmallFile::write(path + ".minisig", fetched->signature, 0644) ||
         !SmallFile::write(path, fetched->text, 0644)) {
@@ -179,7 +185,7 @@ std::vector<Repositories::Offer> Repositories::find(const std::vector<Kept>& kep
 
 int Repositories::openCache() const {
   const std::string path = cacheDir();
-  FileSystem::instance().makePath(path.substr(0, path.rfind('/')), false);
+  makeParent(path);
   mkdir(path.c_str(), 0700);
   const int dir = open(path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
   struct stat status;
