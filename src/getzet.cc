@@ -157,16 +157,18 @@ void search(Repositories& repositories, const std::vector<std::string>& patterns
   for (const std::string& line : lines) printLine(line);
 }
 
-// The offers of each name, in the order of the names; a name that none offers is told.
+// The package that each name stands for, in the order of the names; a name that no index
+// offers is told.
 std::vector<Repositories::Offer> offersOf(const std::vector<Repositories::Kept>& kept,
-                                          const std::vector<std::string>& names, bool all) {
+                                          const std::vector<std::string>& names) {
   std::vector<Repositories::Offer> offers;
   for (const std::string& name : names) {
-    const std::vector<Repositories::Offer> found = Repositories::find(kept, name);
-    if (found.empty()) {
+    const std::optional<Repositories::Offer> offer = Repositories::find(kept, name);
+    if (offer) {
+      offers.push_back(*offer);
+    } else {
       complain(Lang::instance().get("GetErrorNotFound", name), GetExitNotFound);
     }
-    offers.insert(offers.end(), found.begin(), all ? found.end() : found.begin() + !found.empty());
   }
   return offers;
 }
@@ -174,7 +176,7 @@ std::vector<Repositories::Offer> offersOf(const std::vector<Repositories::Kept>&
 void info(Repositories& repositories, const std::vector<std::string>& names) {
   const std::vector<Repositories::Kept> kept = keptIndexes(repositories);
   bool first = true;
-  for (const Repositories::Offer& offer : offersOf(kept, names, true)) {
+  for (const Repositories::Offer& offer : offersOf(kept, names)) {
     const IndexEntry& entry = *offer.entry;
     std::string deps;
     for (const std::string& dep : entry.deps) deps += (deps.empty() ? "" : " ") + dep;
@@ -216,7 +218,7 @@ class ProgressShown {
 
 void fetch(Repositories& repositories, const std::vector<std::string>& names) {
   const std::vector<Repositories::Kept> kept = keptIndexes(repositories);
-  for (const Repositories::Offer& offer : offersOf(kept, names, false)) {
+  for (const Repositories::Offer& offer : offersOf(kept, names)) {
     std::vector<Repositories::Failure> failures;
     ProgressShown progress(offer.entry->file);
     const std::optional<std::string> path =

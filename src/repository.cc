@@ -169,18 +169,17 @@ std::vector<Repositories::Kept> Repositories::kept(const std::vector<RepoConfig:
   return all;
 }
 
-std::vector<Repositories::Offer> Repositories::find(const std::vector<Kept>& kept,
-                                                    const std::string& name) {
-  std::vector<Offer> offers;
+std::optional<Repositories::Offer> Repositories::find(const std::vector<Kept>& kept,
+                                                      const std::string& name) {
   for (const Kept& one : kept) {
     if (!one.index) continue;
     for (const IndexEntry& entry : one.index->entries) {
       if (name == entry.name || name == entry.fullName() || name == entry.file) {
-        offers.push_back({&one, &entry});
+        return Offer{&one, &entry};
       }
     }
   }
-  return offers;
+  return std::nullopt;
 }
 
 int Repositories::openCache() const {

@@ -63,9 +63,9 @@ class Repositories {
   // The kept indexes of `repos`; a kept index that no longer reads gives a Failure.
   std::vector<Kept> kept(const std::vector<RepoConfig::Repo>& repos,
                          std::vector<Failure>& failures) const;
-  // The packages that `name` (short name, full name or file name) names, in the order of
-  // the repositories and of their indexes.
-  static std::vector<Offer> find(const std::vector<Kept>& kept, const std::string& name);
+  // The package that `name` (short name, full name or file name) stands for: the first that
+  // the repositories offer under it, in their order and that of their indexes.
+  static std::optional<Offer> find(const std::vector<Kept>& kept, const std::string& name);
 
   // Makes sure the package is in the cache, whole and checked, downloading it from the first
   // mirror that gives it whole; gives its path, or nothing with a Failure for every try.
