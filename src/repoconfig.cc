@@ -21,8 +21,6 @@ bool RepoConfig::knownScheme(const std::string& url) {
 }
 
 bool RepoConfig::read(const std::string& path) {
-  repos.clear();
-  badLines.clear();
   std::ifstream file(path);
   if (!file) return false;
   unsigned number = 0;

@@ -19,8 +19,8 @@ class RepoConfig {
     std::string text;
   };
 
-  // False when the file cannot be read. A bad line, or a name given a second time, is left
-  // out and listed in `badLines`.
+  // Adds the repositories of the file; false when it cannot be read. A bad line, or a name
+  // given a second time, is left out and listed in `badLines`.
   bool read(const std::string& path);
   static bool plainName(const std::string& name);
   static bool knownScheme(const std::string& url);
