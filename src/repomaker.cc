@@ -65,7 +65,7 @@ bool readControl(const std::string& package, IndexEntry& entry) {
   posix_spawn_file_actions_addopen(&actions, 1, "/dev/null", O_WRONLY, 0);
   posix_spawn_file_actions_addopen(&actions, 2, "/dev/null", O_WRONLY, 0);
   pid_t child;
-  const bool ran = posix_spawnp(&child, "tar", &actions, nullptr,
+  const bool ran = posix_spawnp(&child, argv[0], &actions, nullptr,
                                 const_cast<char* const*>(argv.data()), environ) == 0;
   posix_spawn_file_actions_destroy(&actions);
   int status = 0;
