@@ -8,7 +8,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <cerrno>
 #include <cstdlib>
 #include <optional>
 #include <vector>
@@ -191,8 +190,9 @@ RepoMaker::Status RepoMaker::index(const std::string& dir, const std::string& ke
   // An old signature would not fit the new index.
   const std::string signature =
       key ? Signature::sign(indexText, *key, "serial:" + std::to_string(index.serial)) : "";
+  struct stat old;
   if (key ? !SmallFile::write(signaturePath, signature, 0644)
-          : unlink(signaturePath.c_str()) != 0 && errno != ENOENT) {
+          : lstat(signaturePath.c_str(), &old) == 0 && unlink(signaturePath.c_str()) != 0) {
     return fail(WriteFailed, lang.get("MakeCannotWrite", signaturePath));
   }
   printMessage(lang.get("MakeIndexWritten", indexPath, std::to_string(index.serial),
