@@ -51,7 +51,6 @@ Download::Result Download::run(const std::string& url, uint64_t offset, uint64_t
                                const std::function<bool(const char*, size_t)>& sink,
                                const Progress& progress) {
   error.clear();
-  rangeIgnored = false;
   // The first handle sets libcurl up for the whole run.
   CURL* curl = curl_easy_init();
   if (curl == nullptr) {

@@ -31,7 +31,7 @@ class Download {
   std::string error;
 
  private:
-  // Whether the last run failed because the server would not send a range.
+  // Whether a run failed because the server would not send a range.
   bool rangeIgnored = false;
   Result run(const std::string& url, uint64_t offset, uint64_t limit,
              const std::function<bool(const char*, size_t)>& sink, const Progress& progress);
