@@ -87,6 +87,9 @@ TEST(Signature, SignsAndVerifiesInTheToolsFormats) {
   mixed.replace(mixed.size() - 60, 20, otherText.substr(otherText.size() - 60, 20));
   EXPECT_FALSE(Signature::readSecretKey(mixed));
   EXPECT_FALSE(Signature::readPublicKey("untrusted comment: x\nRWQ=\n"));
+  publicKey.id = {1, 2, 3, 4, 5, 6, 7, 0xab};
+  EXPECT_EQ(Signature::publicKeyText(publicKey).substr(0, 56),
+            "untrusted comment: minisign public key AB07060504030201\n");
 }
 
 TEST(RepoConfig, KeepsGoodLinesAndListsTheOthers) {
