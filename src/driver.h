@@ -1,4 +1,4 @@
-// What the drivers of zet, queryzet and makezet do alike: read the language at start-up and
+// What the drivers of zet, queryzet, makezet and getzet do alike: read the language at start-up and
 // refuse a command line.
 #ifndef ZET_DRIVER_H
 #define ZET_DRIVER_H
@@ -9,7 +9,7 @@
 std::string loadStartupLanguage();
 // Prints the one sentence of every refused command line, whichever word was wrong, and ends
 // the process with the status of a refused command line. zet passes `scratchArea` true, as
-// its run's scratch directory must go first; queryzet and makezet make none.
+// its run's scratch directory must go first; the companions make none.
 [[noreturn]] void refuseCommandLine(bool scratchArea);
 
 #endif

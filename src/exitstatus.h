@@ -37,4 +37,14 @@ enum MakeExit : int {
   MakeExitLineRefused = ZetExitBadCommandLine,  // command line, build stamp or SOURCE_DATE_EPOCH
 };
 
+// getzet's statuses, all in its manual page. When several apply in one run, the highest wins.
+enum GetExit : int {
+  GetExitOk = 0,                    // done, or nothing to do
+  GetExitNotFound = 3,              // a named package is in no index, or a pattern matched none
+  GetExitFailed = 4,                // a repository or a download failed: network, server, disk
+  GetExitUnverified = 5,            // a signature, key, serial, size, checksum or index was refused
+  GetExitNotRoot = ZetExitNotRoot,  // a change was asked for by a user who is not root
+  GetExitBadCommandLine = ZetExitBadCommandLine,  // the command line was refused
+};
+
 #endif

@@ -11,6 +11,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
+#include <ctime>
 #include <string>
 
 #include "args.h"
@@ -24,6 +25,7 @@
 #include "packagearchive.h"
 #include "packagename.h"
 #include "packagetree.h"
+#include "repomaker.h"
 #include "textutil.h"
 
 namespace {
@@ -188,6 +190,20 @@ void writePackage(const PackageTree& tree, const std::string& dir, const std::st
   refuse(MakeExitWriteFailed, Lang::instance().get("MakeCannotWrite", output));
 }
 
+// The repository verbs: "--new-key PREFIX" alone, or "--index DIR [--sign KEY]".
+int repositoryVerb(Args& args) {
+  const bool newKey = args.optionExists("new-key", true);
+  const bool index = args.optionExists("index", true);
+  if (newKey == index || !args.getArguments().empty() || args.optionExists(STAMP_OPTION, true) ||
+      (newKey && args.optionExists("sign", true))) {
+    refuseCommandLine(false);
+  }
+  if (newKey) return RepoMaker::newKey(args.getValue("new-key"));
+  // The index is dated now, unless the build fixes the time.
+  const uint64_t date = std::getenv(EPOCH_VARIABLE) ? memberTime() : uint64_t(std::time(nullptr));
+  return RepoMaker::index(args.getValue("index"), args.getValue("sign"), date);
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -197,6 +213,7 @@ int main(int argc, char** argv) {
   args.clear();
   for (const char* name : {"help", "h"}) args.addOption(name, false);
   args.addOption(STAMP_OPTION, true);
+  for (const char* verb : {"new-key", "index", "sign"}) args.addOption(verb, true);
   if (!args.parse(argc, argv)) refuseCommandLine(false);
   if (args.optionExists("help", true) || args.optionExists("h", true)) {
     printMessage(Lang::instance().get("MakeHelp", zet::PROGRAM_VERSION));
@@ -204,6 +221,9 @@ int main(int argc, char** argv) {
       refuse(MakeExitWriteFailed, Lang::instance().get("MakeCannotWriteHelp"));
     }
     return MakeExitDone;
+  }
+  for (const char* verb : {"new-key", "index", "sign"}) {
+    if (args.optionExists(verb, true)) return repositoryVerb(args);
   }
   if (args.getArguments().size() != 2 || timesGiven(argc, argv, STAMP_OPTION) > 1)
     refuseCommandLine(false);

@@ -1,7 +1,8 @@
 // One fuzz target for the parsers of outside input: the first byte picks the parser, the rest
 // is its input, written to a file for those that read files. Besides crashes and undefined
 // behaviour it checks that lines are cut as fgets into a 1024-byte buffer cuts them, and that
-// a record's listed files are what a full read lists from its first "FILE LIST:" line.
+// a record's listed files are what a full read lists from its first "FILE LIST:" line, and
+// that an index that reads writes itself back as it reads.
 #include <unistd.h>
 
 #include <cstdio>
@@ -11,6 +12,8 @@
 #include "linklines.h"
 #include "packagename.h"
 #include "packagerecord.h"
+#include "repoindex.h"
+#include "signature.h"
 #include "tagfile.h"
 
 namespace {
@@ -42,6 +45,12 @@ void recordListsItsFiles(const std::string& path) {
   });
 }
 
+void indexReadsBack(const std::string& text) {
+  RepoIndex::Finding finding;
+  const std::optional<RepoIndex> index = RepoIndex::read(text, finding);
+  if (index) check(RepoIndex::read(index->text(), finding)->text() == index->text());
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
@@ -55,7 +64,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   PackageName name;
   TagFile tags;
   ConfigFile config;
-  switch (data[0] % 4) {
+  switch (data[0] % 5) {
     case 0:
       linesAsFgetsCutsThem(path.c_str(), lines);
       break;
@@ -69,6 +78,12 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     case 3:
       LinkLines::read(lines);
       name.parse(text.c_str());
+      break;
+    case 4:
+      indexReadsBack(text);
+      Signature::readSecretKey(text);
+      if (const auto key = Signature::readPublicKey(text)) Signature::verify(text, text, *key);
+      Signature::verify(text, text, Signature::PublicKey());
       break;
   }
   unlink(path.c_str());

@@ -1,0 +1,120 @@
+#include "download.h"
+
+#include <curl/curl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace {
+
+constexpr long CONNECT_SECONDS = 30;
+// A transfer slower than this many bytes a second for the whole period counts as failed.
+constexpr long LOW_SPEED = 1;
+constexpr long LOW_SPEED_SECONDS = 60;
+
+struct Transfer {
+  const std::function<bool(const char*, size_t)>* sink;
+  const Download::Progress* progress;
+  uint64_t offset;
+  uint64_t held;
+  uint64_t limit;
+  bool tooLarge = false;
+  bool diskFailed = false;
+};
+
+size_t receive(char* data, size_t size, size_t count, void* user) {
+  Transfer& transfer = *static_cast<Transfer*>(user);
+  const size_t bytes = size * count;
+  if (transfer.held + bytes > transfer.limit) {
+    transfer.tooLarge = true;
+    return 0;
+  }
+  if (!(*transfer.sink)(data, bytes)) {
+    transfer.diskFailed = true;
+    return 0;
+  }
+  transfer.held += bytes;
+  return bytes;
+}
+
+int progressOf(void* user, curl_off_t total, curl_off_t now, curl_off_t, curl_off_t) {
+  Transfer& transfer = *static_cast<Transfer*>(user);
+  if (*transfer.progress) {
+    (*transfer.progress)(transfer.offset + static_cast<uint64_t>(now),
+                         total > 0 ? transfer.offset + static_cast<uint64_t>(total) : 0);
+  }
+  return 0;
+}
+
+}  // namespace
+
+Download::Result Download::run(const std::string& url, uint64_t offset, uint64_t limit,
+                               const std::function<bool(const char*, size_t)>& sink,
+                               const Progress& progress) {
+  error.clear();
+  // The first handle sets libcurl up for the whole run.
+  CURL* curl = curl_easy_init();
+  if (curl == nullptr) {
+    error = "libcurl";
+    return Failed;
+  }
+  Transfer transfer{&sink, &progress, offset, offset, limit};
+  char message[CURL_ERROR_SIZE] = "";
+  curl_easy_setopt(curl, CURLOPT_URL, url.c_str());
+  curl_easy_setopt(curl, CURLOPT_PROTOCOLS_STR, "http,https,file");
+  curl_easy_setopt(curl, CURLOPT_REDIR_PROTOCOLS_STR, "http,https");
+  curl_easy_setopt(curl, CURLOPT_FOLLOWLOCATION, 1L);
+  curl_easy_setopt(curl, CURLOPT_FAILONERROR, 1L);
+  curl_easy_setopt(curl, CURLOPT_NOSIGNAL, 1L);
+  curl_easy_setopt(curl, CURLOPT_CONNECTTIMEOUT, CONNECT_SECONDS);
+  curl_easy_setopt(curl, CURLOPT_LOW_SPEED_LIMIT, LOW_SPEED);
+  curl_easy_setopt(curl, CURLOPT_LOW_SPEED_TIME, LOW_SPEED_SECONDS);
+  curl_easy_setopt(curl, CURLOPT_ERRORBUFFER, message);
+  curl_easy_setopt(curl, CURLOPT_WRITEFUNCTION, receive);
+  curl_easy_setopt(curl, CURLOPT_WRITEDATA, &transfer);
+  curl_easy_setopt(curl, CURLOPT_NOPROGRESS, 0L);
+  curl_easy_setopt(curl, CURLOPT_XFERINFOFUNCTION, progressOf);
+  curl_easy_setopt(curl, CURLOPT_XFERINFODATA, &transfer);
+  if (offset > 0) curl_easy_setopt(curl, CURLOPT_RESUME_FROM_LARGE, curl_off_t(offset));
+  const CURLcode code = curl_easy_perform(curl);
+  curl_easy_cleanup(curl);
+  if (transfer.tooLarge) return TooLarge;
+  if (transfer.diskFailed) return DiskFailed;
+  if (code == CURLE_OK) return Done;
+  error = message[0] != '\0' ? message : curl_easy_strerror(code);
+  rangeIgnored = code == CURLE_RANGE_ERROR;
+  return Failed;
+}
+
+Download::Result Download::toText(const std::string& url, uint64_t limit, std::string& text) {
+  text.clear();
+  return run(
+      url, 0, limit,
+      [&text](const char* data, size_t size) {
+        text.append(data, size);
+        return true;
+      },
+      Progress());
+}
+
+Download::Result Download::toFile(const std::string& url, int file, uint64_t limit,
+                                  const Progress& progress) {
+  struct stat status;
+  if (fstat(file, &status) != 0 || lseek(file, 0, SEEK_END) < 0) return DiskFailed;
+  const auto sink = [file](const char* data, size_t size) {
+    while (size > 0) {
+      const ssize_t written = write(file, data, size);
+      if (written <= 0) return false;
+      data += written;
+      size -= static_cast<size_t>(written);
+    }
+    return true;
+  };
+  const uint64_t held = static_cast<uint64_t>(status.st_size);
+  if (held > 0 && held < limit) {
+    const Result result = run(url, held, limit, sink, progress);
+    // A server that ignores the range sends the whole file again: start over.
+    if (result != Failed || !rangeIgnored) return result;
+  }
+  if (ftruncate(file, 0) != 0 || lseek(file, 0, SEEK_SET) != 0) return DiskFailed;
+  return run(url, 0, limit, sink, progress);
+}

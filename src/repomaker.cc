@@ -1,0 +1,201 @@
+#include "repomaker.h"
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <spawn.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <optional>
+#include <vector>
+
+#include "lang.h"
+#include "messages.h"
+#include "packagename.h"
+#include "repoindex.h"
+#include "signature.h"
+#include "smallfile.h"
+
+extern char** environ;
+
+namespace {
+
+constexpr const char* INDEX_FILE = "/INDEX";
+constexpr const char* SIGNATURE_EXTENSION = ".minisig";
+constexpr uint64_t CONTROL_LIMIT = 1 << 20;
+constexpr uint64_t INDEX_LIMIT = uint64_t(256) << 20;
+const char* const CONTROL_FILES[] = {"install/build", "install/deps", "install/slack-desc"};
+
+RepoMaker::Status fail(RepoMaker::Status status, const std::string& sentence) {
+  printError(sentence);
+  return status;
+}
+
+std::string trimmed(const std::string& text) {
+  const size_t start = text.find_first_not_of(" \t");
+  if (start == std::string::npos) return "";
+  return text.substr(start, text.find_last_not_of(" \t\r") + 1 - start);
+}
+
+// A control file as it was unpacked, unless it is a link or missing.
+std::string control(const std::string& dir, const char* name) {
+  const int file = open((dir + "/" + name).c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC);
+  if (file < 0) return "";
+  close(file);
+  std::string text;
+  SmallFile::read(dir + "/" + name, CONTROL_LIMIT, text);
+  return text;
+}
+
+// The build stamp, dependencies and first description line, from the control files that
+// tar unpacks into a scratch directory; false when tar cannot be run.
+bool readControl(const std::string& package, IndexEntry& entry) {
+  char scratch[] = "/tmp/zet-index-XXXXXX";
+  if (mkdtemp(scratch) == nullptr) return false;
+  std::vector<const char*> argv = {
+      "tar", "-xzf", package.c_str(), "-C", scratch, "--no-same-owner", "--no-same-permissions"};
+  for (const char* name : CONTROL_FILES) argv.push_back(name);
+  argv.push_back(nullptr);
+  posix_spawn_file_actions_t actions;
+  posix_spawn_file_actions_init(&actions);
+  posix_spawn_file_actions_addopen(&actions, 1, "/dev/null", O_WRONLY, 0);
+  posix_spawn_file_actions_addopen(&actions, 2, "/dev/null", O_WRONLY, 0);
+  pid_t child;
+  const bool ran = posix_spawnp(&child, argv[0], &actions, nullptr,
+                                const_cast<char* const*>(argv.data()), environ) == 0;
+  posix_spawn_file_actions_destroy(&actions);
+  int status = 0;
+  if (ran) waitpid(child, &status, 0);
+
+  const std::string dir = scratch;
+  const std::string build = control(dir, CONTROL_FILES[0]);
+  for (const char c : build.substr(0, build.find('\n'))) {
+    if (c != ' ' && c != '\t' && c != '\r') entry.build += c;
+  }
+  const std::string deps = control(dir, CONTROL_FILES[1]);
+  for (size_t start = 0; start < deps.size();) {
+    const size_t end = std::min(deps.find('\n', start), deps.size());
+    const std::string dep = trimmed(deps.substr(start, end - start));
+    if (!dep.empty()) entry.deps.push_back(dep);
+    start = end + 1;
+  }
+  const std::string description = control(dir, CONTROL_FILES[2]);
+  const std::string prefix = entry.name + ":";
+  for (size_t start = 0; start < description.size() && entry.description.empty();) {
+    const size_t end = std::min(description.find('\n', start), description.size());
+    const std::string line = description.substr(start, end - start);
+    if (line.rfind(prefix, 0) == 0) entry.description = trimmed(line.substr(prefix.size()));
+    start = end + 1;
+  }
+  for (const char* name : CONTROL_FILES) unlink((dir + "/" + name).c_str());
+  rmdir((dir + "/install").c_str());
+  rmdir(scratch);
+  return ran && WIFEXITED(status) && WEXITSTATUS(status) != 127;
+}
+
+// The package files of the directory, in byte order of their names.
+bool packageFiles(const std::string& dir, std::vector<std::string>& files) {
+  DIR* listing = opendir(dir.c_str());
+  if (listing == nullptr) return false;
+  const std::string extension = ".tgz";
+  while (const dirent* entry = readdir(listing)) {
+    const std::string name = entry->d_name;
+    if (name.size() > extension.size() &&
+        name.compare(name.size() - extension.size(), extension.size(), extension) == 0) {
+      files.push_back(name);
+    }
+  }
+  closedir(listing);
+  std::sort(files.begin(), files.end());
+  return true;
+}
+
+}  // namespace
+
+RepoMaker::Status RepoMaker::newKey(const std::string& prefix) {
+  Lang& lang = Lang::instance();
+  const std::string publicPath = prefix + ".pub";
+  const std::string secretPath = prefix + ".key";
+  struct stat status;
+  for (const std::string& path : {publicPath, secretPath}) {
+    if (lstat(path.c_str(), &status) == 0)
+      return fail(WriteFailed, lang.get("MakeKeyExists", path));
+  }
+  Signature::PublicKey publicKey;
+  Signature::SecretKey secretKey;
+  Signature::newPair(publicKey, secretKey);
+  if (!SmallFile::write(secretPath, Signature::secretKeyText(secretKey), 0600)) {
+    return fail(WriteFailed, lang.get("MakeCannotWrite", secretPath));
+  }
+  if (!SmallFile::write(publicPath, Signature::publicKeyText(publicKey), 0644)) {
+    unlink(secretPath.c_str());
+    return fail(WriteFailed, lang.get("MakeCannotWrite", publicPath));
+  }
+  return Done;
+}
+
+RepoMaker::Status RepoMaker::index(const std::string& dir, const std::string& keyPath,
+                                   uint64_t date) {
+  Lang& lang = Lang::instance();
+  std::optional<Signature::SecretKey> key;
+  std::string text;
+  if (!keyPath.empty()) {
+    if (SmallFile::read(keyPath, CONTROL_LIMIT, text)) key = Signature::readSecretKey(text);
+    if (!key) return fail(ReadFailed, lang.get("MakeBadKey", keyPath));
+  }
+  RepoIndex index;
+  index.date = date;
+  index.serial = 1;
+  const std::string indexPath = dir + INDEX_FILE;
+  if (SmallFile::read(indexPath, INDEX_LIMIT, text)) {
+    RepoIndex::Finding finding;
+    const std::optional<RepoIndex> old = RepoIndex::read(text, finding);
+    if (!old) return fail(ReadFailed, lang.get("MakeBadOldIndex", indexPath));
+    index.serial = old->serial + 1;
+  }
+  std::vector<std::string> files;
+  if (!packageFiles(dir, files)) return fail(ReadFailed, lang.get("MakeCannotRead", dir));
+  for (const std::string& file : files) {
+    if (!RepoIndex::plainPackageFile(file)) {
+      return fail(Refused, lang.get("MakeBadName", dir + "/" + file));
+    }
+    IndexEntry entry;
+    entry.file = file;
+    entry.name = shortNameOf(entry.fullName());
+    const std::string path = dir + "/" + file;
+    const int package = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    struct stat status;
+    if (package >= 0 && fstat(package, &status) == 0) {
+      entry.size = static_cast<uint64_t>(status.st_size);
+      entry.sha256 = Signature::sha256OfFile(package);
+    }
+    if (package >= 0) close(package);
+    if (entry.sha256.empty()) return fail(ReadFailed, lang.get("MakeCannotRead", path));
+    if (!readControl(path, entry)) return fail(ReadFailed, lang.get("MakeNoTar"));
+    index.entries.push_back(entry);
+  }
+  const std::string signaturePath = indexPath + SIGNATURE_EXTENSION;
+  const std::string indexText = index.text();
+  // A build stamp or dependency that clients would refuse is refused here already.
+  RepoIndex::Finding finding;
+  if (!RepoIndex::read(indexText, finding)) {
+    return fail(Refused, lang.get("MakeBadIndexEntry", finding.detail));
+  }
+  if (!SmallFile::write(indexPath, indexText, 0644)) {
+    return fail(WriteFailed, lang.get("MakeCannotWrite", indexPath));
+  }
+  // An old signature would not fit the new index.
+  const std::string signature =
+      key ? Signature::sign(indexText, *key, "serial:" + std::to_string(index.serial)) : "";
+  struct stat old;
+  if (key ? !SmallFile::write(signaturePath, signature, 0644)
+          : lstat(signaturePath.c_str(), &old) == 0 && unlink(signaturePath.c_str()) != 0) {
+    return fail(WriteFailed, lang.get("MakeCannotWrite", signaturePath));
+  }
+  printMessage(lang.get("MakeIndexWritten", indexPath, std::to_string(index.serial),
+                        std::to_string(index.entries.size())));
+  return Done;
+}
