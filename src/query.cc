@@ -224,5 +224,10 @@ void Query::forEachEntry(const std::string& fullName,
                          const std::function<void(std::string_view)>& visit) const {
   listRecord(fullName, visit);
   const FileList linked = database.links(fullName);
-  for (unsigned i = 0; i < linked.size(); ++i) visit(linked[i]);
+  for (unsigned i = 0; i < linked.size(); ++i) visit(linkPath(linked[i]));
+}
+
+std::string_view Query::linkPath(std::string_view link) {
+  // A link at the top of the tree is made from the directory ".", so it reads back as "./NAME".
+  return link.substr(0, 2) == "./" ? link.substr(2) : link;
 }

@@ -96,7 +96,9 @@ class Query {
   // that cannot be read or lists no files.
   void listRecord(const std::string& fullName,
                   const std::function<void(std::string_view)>& visit) const;
-  // Each record line, then each link, of one package, as they stand.
+  // A link as the reader of doinst lines gives it, as a path relative to the root.
+  static std::string_view linkPath(std::string_view link);
+  // Each record line, then each link, of one package, as paths relative to the root.
   void forEachEntry(const std::string& fullName,
                     const std::function<void(std::string_view)>& visit) const;
 
