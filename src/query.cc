@@ -208,7 +208,10 @@ std::string Query::recordPath(const std::string& path) {
 void Query::listRecord(const std::string& fullName,
                        const std::function<void(std::string_view)>& visit) const {
   const std::string recordFile = database.path(zet::PACKAGES_DIR, fullName);
-  switch (PackageRecord::forEachListedFile(recordFile, visit)) {
+  const auto visitPath = [&visit](std::string_view line) {
+    if (PackageRecord::namesPath(line)) visit(line);
+  };
+  switch (PackageRecord::forEachListedFile(recordFile, visitPath)) {
     case PackageRecord::Listing::Unreadable:
       problem({Problem::Unreadable, recordFile});
       break;
