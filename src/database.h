@@ -31,11 +31,12 @@ class Database {
   bool load();
   // The listing that load() took, in directory order, "." and ".." included.
   const TextVector& listing() const { return entries; }
-  // The full names of the installed packages, in byte order.
+  // The full names of the installed packages, in byte order: the entries of the listing that
+  // are full package names and no directories, other than those beginning with a ".".
   const std::vector<std::string>& installed() const { return fullNames; }
-  // The installed packages whose short name is `name`, in byte order; none for the empty name.
+  // The installed packages whose short name is `name`, in byte order.
   std::vector<std::string> withShortName(const std::string& name) const;
-  // The short name of each entry of installed(), empty where the full name does not parse.
+  // The short name of each entry of installed().
   const std::vector<std::string>& shortNames() const { return names; }
 
   // `path`, which begins with "/", under the root.
@@ -60,6 +61,9 @@ class Database {
  private:
   Database(std::string base, std::string packagesListing)
       : base(std::move(base)), packagesListing(std::move(packagesListing)) {}
+
+  // Whether the listed entry `entry` is the record of an installed package.
+  bool isRecordName(const std::string& entry) const;
 
   // What stands in front of a database directory in each of its paths.
   std::string base;
