@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <functional>
 #include <set>
 #include <string>
 #include <vector>
@@ -62,17 +63,26 @@ std::string joined(const std::vector<std::string>& words) {
   return text;
 }
 
-// The installed packages that the words name, in the order of the words.
-std::vector<std::string> packagesOf(const Query& query, const std::vector<std::string>& words) {
-  std::vector<std::string> packages;
+// Hands `answer` each installed package that the words name, in the order of the words; a
+// word that names none is told in its place, after the answers to the words before it. With
+// `headed`, and more than one package, each answer follows a line of its full name and ":".
+void forEachPackage(const Query& query, const std::vector<std::string>& words, bool headed,
+                    const std::function<void(const std::string&)>& answer) {
+  std::vector<std::vector<std::string>> found;
+  size_t packages = 0;
   for (const std::string& word : words) {
-    const std::vector<std::string> found = query.find(word);
-    if (found.empty()) {
-      complain(Lang::instance().get("ErrorPackageNotInstalled", word), QueryExitNotInstalled);
-    }
-    packages.insert(packages.end(), found.begin(), found.end());
+    found.push_back(query.find(word));
+    packages += found.back().size();
   }
-  return packages;
+  for (size_t i = 0; i < words.size(); ++i) {
+    if (found[i].empty()) {
+      complain(Lang::instance().get("ErrorPackageNotInstalled", words[i]), QueryExitNotInstalled);
+    }
+    for (const std::string& fullName : found[i]) {
+      if (headed && packages > 1) printLine(fullName + ":");
+      answer(fullName);
+    }
+  }
 }
 
 void answerList(const Query& query, const std::vector<std::string>& patterns) {
@@ -93,9 +103,9 @@ void answerList(const Query& query, const std::vector<std::string>& patterns) {
 
 void answerInfo(const Query& query, const std::vector<std::string>& names) {
   bool first = true;
-  for (const std::string& fullName : packagesOf(query, names)) {
+  forEachPackage(query, names, false, [&](const std::string& fullName) {
     const std::optional<Query::Info> info = query.info(fullName);
-    if (!info) continue;
+    if (!info) return;
     if (!first) printLine("");
     first = false;
     printMessage(Lang::instance().get(
@@ -104,11 +114,12 @@ void answerInfo(const Query& query, const std::vector<std::string>& names) {
         info->location, info->buildStamp, joined(info->deps), joined(info->scripts),
         std::to_string(info->files), std::to_string(info->links)));
     for (const std::string& line : info->description) printLine(line);
-  }
+  });
 }
 
 void answerFiles(const Query& query, const std::vector<std::string>& names) {
-  for (const std::string& fullName : packagesOf(query, names)) query.files(fullName, printLine);
+  forEachPackage(query, names, true,
+                 [&query](const std::string& fullName) { query.files(fullName, printLine); });
 }
 
 void answerOwner(const Query& query, const std::vector<std::string>& paths) {
@@ -123,31 +134,34 @@ void answerOwner(const Query& query, const std::vector<std::string>& paths) {
 }
 
 void answerVerify(const Query& query, const std::vector<std::string>& names) {
-  const std::vector<std::string> packages =
-      names.empty() ? query.installed() : packagesOf(query, names);
-  for (const std::string& fullName : packages) {
+  const auto verify = [&query](const std::string& fullName) {
     query.verify(fullName, [&fullName](const std::string& path) {
       printLine(fullName + ": " + path);
       raiseStatus(QueryExitNegative);
     });
+  };
+  if (names.empty()) {
+    for (const std::string& fullName : query.installed()) verify(fullName);
+  } else {
+    forEachPackage(query, names, false, verify);
   }
 }
 
 void answerDepends(const Query& query, const std::vector<std::string>& names) {
-  for (const std::string& fullName : packagesOf(query, names)) {
+  forEachPackage(query, names, true, [&query](const std::string& fullName) {
     for (const Query::Dependency& dependency : query.depends(fullName)) {
       printMessage(dependency.providers.empty()
                        ? Lang::instance().get("QueryDependsMissing", dependency.name)
                        : Lang::instance().get("QueryDependsInstalled", dependency.name,
                                               joined(dependency.providers)));
     }
-  }
+  });
 }
 
 void answerRdepends(const Query& query, const std::vector<std::string>& names) {
-  for (const std::string& fullName : packagesOf(query, names)) {
+  forEachPackage(query, names, true, [&query](const std::string& fullName) {
     for (const std::string& dependant : query.rdepends(fullName)) printLine(dependant);
-  }
+  });
 }
 
 // The questions: exactly one stands on a command line.
