@@ -21,6 +21,8 @@
 namespace {
 
 int status = QueryExitAnswered;
+// How many things the answers so far needed and could not read.
+int problemsTold = 0;
 
 void raiseStatus(int exitStatus) {
   status = std::max(status, exitStatus);
@@ -55,6 +57,7 @@ void reportProblem(const Query::Problem& problem) {
   static const char* const KEYS[] = {"QueryErrorUnreadable", "QueryErrorNoFileList",
                                      "QueryErrorCannotCheck"};
   complain(Lang::instance().get(KEYS[problem.kind], problem.path), QueryExitUnreadable);
+  ++problemsTold;
 }
 
 std::string joined(const std::vector<std::string>& words) {
@@ -124,11 +127,16 @@ void answerFiles(const Query& query, const std::vector<std::string>& names) {
 
 void answerOwner(const Query& query, const std::vector<std::string>& paths) {
   const std::vector<std::vector<Query::Owner>> owners = query.owners(paths);
+  // Where a record could not be read, a path that no other lists has an unknown owner.
+  const bool complete = problemsTold == 0;
   for (size_t i = 0; i < paths.size(); ++i) {
     for (const Query::Owner& owner : owners[i]) printLine(owner.fullName + ": " + owner.path);
-    if (owners[i].empty()) {
-      const std::string asked = query.underRoot("/" + Query::recordPath(paths[i]));
+    if (!owners[i].empty()) continue;
+    const std::string asked = query.underRoot("/" + Query::recordPath(paths[i]));
+    if (complete) {
       complain(Lang::instance().get("QueryErrorNoOwner", asked), QueryExitNegative);
+    } else {
+      complain(Lang::instance().get("QueryErrorOwnerUnknown", asked), QueryExitUnreadable);
     }
   }
 }
