@@ -2,9 +2,11 @@
 
 #include <fnmatch.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdlib>
 #include <cstring>
 #include <tuple>
 #include <unordered_map>
@@ -130,18 +132,24 @@ void Query::files(const std::string& fullName, const PathVisitor& visit) const {
 }
 
 std::vector<std::vector<Query::Owner>> Query::owners(const std::vector<std::string>& paths) const {
-  // Each asked path is looked for as a file or link and as a directory, with its "/".
-  std::vector<std::string> forms;
-  for (const std::string& path : paths) {
-    forms.push_back(recordPath(path));
-    forms.push_back(forms.back() + "/");
+  // Each asked path is looked for as written and as resolved, each as a file or link and as
+  // a directory, with its "/".
+  std::vector<std::pair<std::string, size_t>> forms;
+  for (size_t i = 0; i < paths.size(); ++i) {
+    std::vector<std::string> asked = {recordPath(fromRoot(paths[i]))};
+    std::string resolved = resolve(paths[i]);
+    if (resolved != asked[0]) asked.push_back(std::move(resolved));
+    for (const std::string& form : asked) {
+      forms.emplace_back(form, i);
+      forms.emplace_back(form + "/", i);
+    }
   }
   std::unordered_multimap<std::string_view, size_t> wanted;
   // Most lines of the database are asked for by no one: the sketch turns them away first.
   std::vector<bool> sketched(size_t(1) << 16);
-  for (size_t i = 0; i < forms.size(); ++i) {
-    wanted.emplace(forms[i], i / 2);
-    sketched[sketch(forms[i])] = true;
+  for (const auto& form : forms) {
+    wanted.emplace(form.first, form.second);
+    sketched[sketch(form.first)] = true;
   }
 
   std::vector<std::vector<Owner>> owners(paths.size());
@@ -203,6 +211,58 @@ std::string Query::recordPath(const std::string& path) {
   }
   if (!form.empty() && form.back() == '/') form.pop_back();
   return form;
+}
+
+std::string Query::fromRoot(const std::string& path) const {
+  if (!path.empty() && path[0] == '/') return path;
+  char* workingDirectory = getcwd(nullptr, 0);
+  if (!workingDirectory) return "/" + path;
+  std::string directory = workingDirectory;
+  free(workingDirectory);
+  char* root = realpath(database.under("/").c_str(), nullptr);
+  if (root) {
+    const std::string top = root;
+    free(root);
+    if (top != "/" && (directory == top || startsWith(directory, top + "/"))) {
+      directory.erase(0, top.size());
+    }
+  }
+  return directory + "/" + path;
+}
+
+std::string Query::resolve(const std::string& path) const {
+  // The parts still to walk, the next one last.
+  std::vector<std::string> ahead;
+  const auto push = [&ahead](const std::string& text) {
+    TextVector parts;
+    parts.split('/', text.c_str());
+    for (unsigned i = parts.size(); i-- > 0;) {
+      if (std::strcmp(parts[i], ".") != 0) ahead.emplace_back(parts[i]);
+    }
+  };
+  push(fromRoot(path));
+  std::string walked;
+  // As many links as the system follows in one path.
+  int links = 40;
+  std::string target;
+  while (!ahead.empty()) {
+    const std::string part = std::move(ahead.back());
+    ahead.pop_back();
+    if (part == "..") {
+      const size_t slash = walked.rfind('/');
+      walked.erase(slash == std::string::npos ? 0 : slash);
+      continue;
+    }
+    const std::string next = walked.empty() ? part : walked + "/" + part;
+    if (!ahead.empty() && links > 0 && FileSystem::linkTarget(database.under("/" + next), target)) {
+      --links;
+      if (target[0] == '/') walked.clear();
+      push(target);
+    } else {
+      walked = next;
+    }
+  }
+  return walked;
 }
 
 void Query::listRecord(const std::string& fullName,

@@ -78,8 +78,9 @@ class Query {
   std::optional<Info> info(const std::string& fullName) const;
   // Each path of the record, in its order, then each link of the stored doinst script.
   void files(const std::string& fullName, const PathVisitor& visit) const;
-  // The owners of each asked path, in the order of `paths`, each list by full name. Every
-  // record and every stored script is read once, whatever the number of paths.
+  // The owners of each asked path, in the order of `paths`, each list by full name: of the
+  // path as written and of the path as the system finds it (see resolve()). Every record and
+  // every stored script is read once, whatever the number of paths.
   std::vector<std::vector<Owner>> owners(const std::vector<std::string>& paths) const;
   // Each path of files() that is not there; a link counts as itself, not as its target.
   void verify(const std::string& fullName, const PathVisitor& missing) const;
@@ -90,6 +91,13 @@ class Query {
 
   // An asked path as a record would list it: no leading, doubled or trailing "/".
   static std::string recordPath(const std::string& path);
+  // An asked path from the root: a relative one is taken from the working directory, counted
+  // from the root when it lies below it.
+  std::string fromRoot(const std::string& path) const;
+  // The path of fromRoot() as the system finds it under the root, in the form of recordPath():
+  // each directory on the way that is a symbolic link is replaced by its target, read under
+  // the root, and "." and ".." are followed; the last part stays, a link being a path itself.
+  std::string resolve(const std::string& path) const;
 
  private:
   // Hands `visit` each line of the record's file list; tells the problem visitor of a record

@@ -132,7 +132,7 @@ void answerOwner(const Query& query, const std::vector<std::string>& paths) {
   for (size_t i = 0; i < paths.size(); ++i) {
     for (const Query::Owner& owner : owners[i]) printLine(owner.fullName + ": " + owner.path);
     if (!owners[i].empty()) continue;
-    const std::string asked = query.underRoot("/" + Query::recordPath(paths[i]));
+    const std::string asked = query.underRoot("/" + Query::recordPath(query.fromRoot(paths[i])));
     if (complete) {
       complain(Lang::instance().get("QueryErrorNoOwner", asked), QueryExitNegative);
     } else {
