@@ -1,5 +1,6 @@
 #include "query.h"
 
+#include <dirent.h>
 #include <fnmatch.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -10,6 +11,7 @@
 #include <cstring>
 #include <tuple>
 #include <unordered_map>
+#include <unordered_set>
 
 #include "constants.h"
 #include "dependencystore.h"
@@ -203,6 +205,59 @@ std::vector<std::string> Query::rdepends(const std::string& fullName) const {
   return dependants;
 }
 
+std::vector<std::string> Query::orphans() const {
+  std::unordered_set<std::string> needed;
+  const std::vector<std::string>& packages = database.installed();
+  const std::vector<std::string>& shortNames = database.shortNames();
+  for (size_t i = 0; i < packages.size(); ++i) {
+    for (std::string& name : database.deps(packages[i])) {
+      if (name != shortNames[i]) needed.insert(std::move(name));
+    }
+  }
+  std::vector<std::string> found;
+  for (size_t i = 0; i < packages.size(); ++i) {
+    if (needed.count(shortNames[i]) == 0) found.push_back(packages[i]);
+  }
+  return found;
+}
+
+std::vector<std::string> Query::unowned(const std::vector<std::string>& directories) const {
+  std::set<std::string> found;
+  for (const std::string& directory : directories) walk(resolve(directory, true), found);
+  for (const std::string& fullName : database.installed()) {
+    forEachEntry(fullName, [&found](std::string_view entry) {
+      if (!entry.empty() && entry.back() == '/') entry.remove_suffix(1);
+      if (!found.empty()) found.erase(std::string(entry));
+    });
+  }
+  std::vector<std::string> paths;
+  for (const std::string& path : found) paths.push_back(database.under("/" + path));
+  return paths;
+}
+
+void Query::walk(const std::string& directory, std::set<std::string>& found) const {
+  const std::string path = database.under("/" + directory);
+  DIR* listing = opendir(path.c_str());
+  if (!listing) {
+    problem({Problem::Unreadable, path});
+    return;
+  }
+  std::vector<std::string> below;
+  while (const dirent* entry = readdir(listing)) {
+    if (FileSystem::isDotEntry(entry->d_name)) continue;
+    const std::string relative =
+        directory.empty() ? entry->d_name : directory + "/" + entry->d_name;
+    struct stat status;
+    if (lstat(database.under("/" + relative).c_str(), &status) == 0 && S_ISDIR(status.st_mode)) {
+      below.push_back(relative);
+    } else {
+      found.insert(relative);
+    }
+  }
+  closedir(listing);
+  for (const std::string& next : below) walk(next, found);
+}
+
 std::string Query::recordPath(const std::string& path) {
   std::string form;
   for (char character : path) {
@@ -230,7 +285,7 @@ std::string Query::fromRoot(const std::string& path) const {
   return directory + "/" + path;
 }
 
-std::string Query::resolve(const std::string& path) const {
+std::string Query::resolve(const std::string& path, bool followLast) const {
   // The parts still to walk, the next one last.
   std::vector<std::string> ahead;
   const auto push = [&ahead](const std::string& text) {
@@ -254,7 +309,8 @@ std::string Query::resolve(const std::string& path) const {
       continue;
     }
     const std::string next = walked.empty() ? part : walked + "/" + part;
-    if (!ahead.empty() && links > 0 && FileSystem::linkTarget(database.under("/" + next), target)) {
+    if ((followLast || !ahead.empty()) && links > 0 &&
+        FileSystem::linkTarget(database.under("/" + next), target)) {
       --links;
       if (target[0] == '/') walked.clear();
       push(target);

@@ -11,6 +11,7 @@
 #include <cstdint>
 #include <functional>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -89,6 +90,15 @@ class Query {
   // level, each once, in byte order.
   std::vector<std::string> rdepends(const std::string& fullName) const;
 
+  // The installed packages whose short name no dependency line of an installed package of
+  // another short name names, in byte order.
+  std::vector<std::string> orphans() const;
+  // The files and links below the directories `directories` (asked paths, each followed
+  // whole) that no package lists as a file, a directory or a link, each once under the root,
+  // in byte order; paths are compared as they stand. A directory that cannot be read goes to
+  // the problem visitor. Every record and every stored script is read once.
+  std::vector<std::string> unowned(const std::vector<std::string>& directories) const;
+
   // An asked path as a record would list it: no leading, doubled or trailing "/".
   static std::string recordPath(const std::string& path);
   // An asked path from the root: a relative one is taken from the working directory, counted
@@ -97,13 +107,17 @@ class Query {
   // The path of fromRoot() as the system finds it under the root, in the form of recordPath():
   // each directory on the way that is a symbolic link is replaced by its target, read under
   // the root, and "." and ".." are followed; the last part stays, a link being a path itself.
-  std::string resolve(const std::string& path) const;
+  // With `followLast` the last part is followed too, as a directory is when it is opened.
+  std::string resolve(const std::string& path, bool followLast = false) const;
 
  private:
   // Hands `visit` each line of the record's file list; tells the problem visitor of a record
   // that cannot be read or lists no files.
   void listRecord(const std::string& fullName,
                   const std::function<void(std::string_view)>& visit) const;
+  // Adds the relative path of each file and link below the directory `directory`, relative
+  // to the root, to `found`, without following links.
+  void walk(const std::string& directory, std::set<std::string>& found) const;
   // A link as the reader of doinst lines gives it, as a path relative to the root.
   static std::string_view linkPath(std::string_view link);
   // Each record line, then each link, of one package, as paths relative to the root.

@@ -172,16 +172,31 @@ void answerRdepends(const Query& query, const std::vector<std::string>& names) {
   });
 }
 
+void answerOrphans(const Query& query, const std::vector<std::string>&) {
+  for (const std::string& fullName : query.orphans()) printLine(fullName);
+}
+
+void answerUnowned(const Query& query, const std::vector<std::string>& directories) {
+  for (const std::string& path : query.unowned(directories)) {
+    printLine(path);
+    raiseStatus(QueryExitNegative);
+  }
+}
+
+// What a question takes besides its option.
+enum Words { NoWords, AnyWords, SomeWords };
+
 // The questions: exactly one stands on a command line.
 const struct Question {
   const char* option;
-  bool needsWords;
+  Words words;
   void (*answer)(const Query&, const std::vector<std::string>&);
 } QUESTIONS[] = {
-    {"list", false, answerList},        {"info", true, answerInfo},
-    {"files", true, answerFiles},       {"owner", true, answerOwner},
-    {"verify", false, answerVerify},    {"depends", true, answerDepends},
-    {"rdepends", true, answerRdepends},
+    {"list", AnyWords, answerList},          {"info", SomeWords, answerInfo},
+    {"files", SomeWords, answerFiles},       {"owner", SomeWords, answerOwner},
+    {"verify", AnyWords, answerVerify},      {"depends", SomeWords, answerDepends},
+    {"rdepends", SomeWords, answerRdepends}, {"orphans", NoWords, answerOrphans},
+    {"unowned", SomeWords, answerUnowned},
 };
 
 // Help wins whatever else the line holds, words that the parser refuses included.
@@ -200,7 +215,8 @@ const Question& questionAsked() {
     if (asked) refuseCommandLine(false);
     asked = &question;
   }
-  if (!asked || (asked->needsWords && Args::instance().getArguments().empty()))
+  const bool words = !Args::instance().getArguments().empty();
+  if (!asked || (asked->words == SomeWords && !words) || (asked->words == NoWords && words))
     refuseCommandLine(false);
   return *asked;
 }
