@@ -16,6 +16,7 @@
 #include "constants.h"
 #include "dependencystore.h"
 #include "filesystem.h"
+#include "linklines.h"
 #include "packagename.h"
 #include "packagerecord.h"
 #include "textutil.h"
@@ -96,14 +97,7 @@ std::optional<Query::Info> Query::info(const std::string& fullName) const {
     problem({Problem::Unreadable, recordFile});
     return std::nullopt;
   }
-  Info info;
-  info.fullName = fullName;
-  PackageName parsed;
-  parsed.parse(fullName);
-  info.name = parsed.name;
-  info.version = versionOf(fullName, parsed.name);
-  info.architecture = parsed.architecture;
-  info.build = parsed.build;
+  Info info = named(fullName);
   info.compressedSizeK = record.compressedSizeK;
   info.uncompressedSizeK = record.uncompressedSizeK;
   info.location = record.location;
@@ -122,11 +116,59 @@ std::optional<Query::Info> Query::info(const std::string& fullName) const {
   return info;
 }
 
+Query::Info Query::named(const std::string& fullName) {
+  Info info;
+  info.fullName = fullName;
+  PackageName parsed;
+  parsed.parse(fullName);
+  info.name = parsed.name;
+  info.version = versionOf(fullName, parsed.name);
+  info.architecture = parsed.architecture;
+  info.build = parsed.build;
+  return info;
+}
+
+Query::Info Query::info(const Package& package) {
+  Info info = named(package.fullName);
+  info.compressedSizeK = package.compressedSizeK;
+  info.uncompressedSizeK = package.uncompressedSizeK;
+  info.location = package.location;
+  info.buildStamp = package.buildInfo.size() > 0 ? package.buildInfo[0] : "";
+  info.deps = stringsOf(package.deps);
+  const std::pair<const ScriptRunner*, const char*> scripts[] = {
+      {&package.preinstScript, zet::PREINST_SCRIPT},
+      {&package.doinstScript, zet::DOINST_SCRIPT},
+      {&package.postinstScript, zet::POSTINST_SCRIPT}};
+  for (const auto& script : scripts) {
+    if (script.first->hasLines()) info.scripts.push_back(script.second);
+  }
+  info.files = package.files.size();
+  info.links = LinkLines::read(package.doinstScript).size();
+  info.description = stringsOf(package.descriptionLines(false));
+  return info;
+}
+
 void Query::files(const std::string& fullName, const PathVisitor& visit) const {
+  underRoot([&](const auto& entry) { forEachEntry(fullName, entry); }, visit);
+}
+
+void Query::files(const Package& package, const PathVisitor& visit) const {
+  underRoot(
+      [&package](const auto& entry) {
+        for (unsigned i = 0; i < package.files.size(); ++i) entry(package.files[i]);
+        const FileList linked = LinkLines::read(package.doinstScript);
+        for (unsigned i = 0; i < linked.size(); ++i) entry(linkPath(linked[i]));
+      },
+      visit);
+}
+
+void Query::underRoot(
+    const std::function<void(const std::function<void(std::string_view)>&)>& entries,
+    const PathVisitor& visit) const {
   // One buffer for every path, so that a package of many files costs no allocation per path.
   std::string path = database.under("/");
   const size_t base = path.size();
-  forEachEntry(fullName, [&](std::string_view entry) {
+  entries([&](std::string_view entry) {
     path.resize(base);
     path.append(entry);
     visit(path);
@@ -187,11 +229,18 @@ void Query::verify(const std::string& fullName, const PathVisitor& missing) cons
 }
 
 std::vector<Query::Dependency> Query::depends(const std::string& fullName) const {
+  return providersOf(database.deps(fullName));
+}
+
+std::vector<Query::Dependency> Query::depends(const Package& package) const {
+  return providersOf(stringsOf(package.deps));
+}
+
+std::vector<Query::Dependency> Query::providersOf(const std::vector<std::string>& names) const {
   std::vector<Dependency> dependencies;
   // As the dependency check counts them: by short name, so a full name provides nothing.
-  for (const std::string& name : database.deps(fullName)) {
+  for (const std::string& name : names)
     dependencies.push_back({name, database.withShortName(name)});
-  }
   return dependencies;
 }
 

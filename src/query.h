@@ -17,6 +17,7 @@
 #include <vector>
 
 #include "database.h"
+#include "package.h"
 
 // The database of one root, asked question by question. It prints nothing: answers come back
 // as values or through visitors, and whatever could not be read goes to the problem visitor,
@@ -79,6 +80,12 @@ class Query {
   std::optional<Info> info(const std::string& fullName) const;
   // Each path of the record, in its order, then each link of the stored doinst script.
   void files(const std::string& fullName, const PathVisitor& visit) const;
+  // The same answers for a package file that zet's loader has read, before it is installed:
+  // its paths as they would lie under the root, and its dependencies among the installed.
+  static Info info(const Package& package);
+  void files(const Package& package, const PathVisitor& visit) const;
+  std::vector<Dependency> depends(const Package& package) const;
+
   // The owners of each asked path, in the order of `paths`, each list by full name: of the
   // path as written and of the path as the system finds it (see resolve()). Every record and
   // every stored script is read once, whatever the number of paths.
@@ -115,6 +122,14 @@ class Query {
   // that cannot be read or lists no files.
   void listRecord(const std::string& fullName,
                   const std::function<void(std::string_view)>& visit) const;
+  // Each dependency line with the installed packages of that short name.
+  std::vector<Dependency> providersOf(const std::vector<std::string>& names) const;
+  // What a full name tells: its name, version, architecture and build.
+  static Info named(const std::string& fullName);
+  // Hands `visit` each path under the root, in one buffer, of the entries that `entries`
+  // hands its visitor.
+  void underRoot(const std::function<void(const std::function<void(std::string_view)>&)>& entries,
+                 const PathVisitor& visit) const;
   // Adds the relative path of each file and link below the directory `directory`, relative
   // to the root, to `found`, without following links.
   void walk(const std::string& directory, std::set<std::string>& found) const;

@@ -1,11 +1,12 @@
 // The driver of queryzet: reads the command line, asks the database under the root one
 // question and prints the answer, plain and uncoloured so that it pipes, with an exit status
-// that says how it went. It needs no root, writes nothing and runs no other program: no
-// scratch directory, no configuration file, and no Package objects, which insist on "LANG".
+// that says how it went. It needs no root and writes nothing; only a question about a package
+// file makes a scratch directory and runs tar and gzip, through zet's own loader.
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <functional>
+#include <map>
 #include <set>
 #include <string>
 #include <vector>
@@ -14,9 +15,12 @@
 #include "constants.h"
 #include "driver.h"
 #include "exitstatus.h"
+#include "filesystem.h"
 #include "lang.h"
 #include "messages.h"
+#include "package.h"
 #include "query.h"
+#include "temparea.h"
 
 namespace {
 
@@ -104,6 +108,15 @@ void answerList(const Query& query, const std::vector<std::string>& patterns) {
   for (const std::string& fullName : chosen) printLine(fullName);
 }
 
+void printInfo(const Query::Info& info) {
+  printMessage(Lang::instance().get(
+      "QueryInfo", info.fullName, info.name, info.version, info.architecture, info.build,
+      std::to_string(info.compressedSizeK), std::to_string(info.uncompressedSizeK), info.location,
+      info.buildStamp, joined(info.deps), joined(info.scripts), std::to_string(info.files),
+      std::to_string(info.links)));
+  for (const std::string& line : info.description) printLine(line);
+}
+
 void answerInfo(const Query& query, const std::vector<std::string>& names) {
   bool first = true;
   forEachPackage(query, names, false, [&](const std::string& fullName) {
@@ -111,18 +124,22 @@ void answerInfo(const Query& query, const std::vector<std::string>& names) {
     if (!info) return;
     if (!first) printLine("");
     first = false;
-    printMessage(Lang::instance().get(
-        "QueryInfo", info->fullName, info->name, info->version, info->architecture, info->build,
-        std::to_string(info->compressedSizeK), std::to_string(info->uncompressedSizeK),
-        info->location, info->buildStamp, joined(info->deps), joined(info->scripts),
-        std::to_string(info->files), std::to_string(info->links)));
-    for (const std::string& line : info->description) printLine(line);
+    printInfo(*info);
   });
 }
 
 void answerFiles(const Query& query, const std::vector<std::string>& names) {
   forEachPackage(query, names, true,
                  [&query](const std::string& fullName) { query.files(fullName, printLine); });
+}
+
+void printDependencies(const std::vector<Query::Dependency>& dependencies) {
+  for (const Query::Dependency& dependency : dependencies) {
+    printMessage(dependency.providers.empty()
+                     ? Lang::instance().get("QueryDependsMissing", dependency.name)
+                     : Lang::instance().get("QueryDependsInstalled", dependency.name,
+                                            joined(dependency.providers)));
+  }
 }
 
 void answerOwner(const Query& query, const std::vector<std::string>& paths) {
@@ -157,12 +174,7 @@ void answerVerify(const Query& query, const std::vector<std::string>& names) {
 
 void answerDepends(const Query& query, const std::vector<std::string>& names) {
   forEachPackage(query, names, true, [&query](const std::string& fullName) {
-    for (const Query::Dependency& dependency : query.depends(fullName)) {
-      printMessage(dependency.providers.empty()
-                       ? Lang::instance().get("QueryDependsMissing", dependency.name)
-                       : Lang::instance().get("QueryDependsInstalled", dependency.name,
-                                              joined(dependency.providers)));
-    }
+    printDependencies(query.depends(fullName));
   });
 }
 
@@ -183,21 +195,69 @@ void answerUnowned(const Query& query, const std::vector<std::string>& directori
   }
 }
 
+// The answers about a package file, which the database is not asked for unless `dependencies`.
+void answerInfoOfFile(const Query&, const Package& package) {
+  printInfo(Query::info(package));
+}
+
+void answerFilesOfFile(const Query& query, const Package& package) {
+  query.files(package, printLine);
+}
+
+void answerDependsOfFile(const Query& query, const Package& package) {
+  printDependencies(query.depends(package));
+}
+
 // What a question takes besides its option.
 enum Words { NoWords, AnyWords, SomeWords };
 
-// The questions: exactly one stands on a command line.
+// The questions: exactly one stands on a command line. Those that have an answer about a
+// package file take --package in place of words.
 const struct Question {
   const char* option;
   Words words;
   void (*answer)(const Query&, const std::vector<std::string>&);
+  void (*answerFile)(const Query&, const Package&);
 } QUESTIONS[] = {
-    {"list", AnyWords, answerList},          {"info", SomeWords, answerInfo},
-    {"files", SomeWords, answerFiles},       {"owner", SomeWords, answerOwner},
-    {"verify", AnyWords, answerVerify},      {"depends", SomeWords, answerDepends},
-    {"rdepends", SomeWords, answerRdepends}, {"orphans", NoWords, answerOrphans},
-    {"unowned", SomeWords, answerUnowned},
+    {"list", AnyWords, answerList, nullptr},
+    {"info", SomeWords, answerInfo, answerInfoOfFile},
+    {"files", SomeWords, answerFiles, answerFilesOfFile},
+    {"owner", SomeWords, answerOwner, nullptr},
+    {"verify", AnyWords, answerVerify, nullptr},
+    {"depends", SomeWords, answerDepends, answerDependsOfFile},
+    {"rdepends", SomeWords, answerRdepends, nullptr},
+    {"orphans", NoWords, answerOrphans, nullptr},
+    {"unowned", SomeWords, answerUnowned, nullptr},
 };
+
+// Loads the package file `path` with zet's own loader, in a scratch directory of its own that
+// goes again at once, and answers `question` about it.
+void answerPackageFile(const Query& query, const Question& question, const std::string& path) {
+  // The loader insists on "LANG"; without it queryzet speaks and describes in "C" anyway.
+  setenv("LANG", zet::FALLBACK_LANG, 0);
+  TempArea& scratch = TempArea::instance();
+  scratch.create(zet::TEMP_BASE, zet::TEMP_PREFIX);
+  FileSystem::instance().makeDir(scratch.getPath(), false);
+  Package package;
+  const bool loaded = package.loadFromFile(path);
+  FileSystem::instance().removeTree(scratch.getPath(), false);
+  if (loaded) {
+    question.answerFile(query, package);
+    return;
+  }
+  static const std::map<int32_t, const char*> KEYS = {{LoadExtractFailed, "ErrorUnknownTar"},
+                                                      {LoadListFailed, "ErrorUnknownTar"},
+                                                      {LoadBadName, "ErrorNotValidPackageName"},
+                                                      {LoadNoFile, "ErrorFileDoNotExist"},
+                                                      {LoadSizeInfoBad, "ErrorUnknownGzip"}};
+  const auto key = KEYS.find(package.lastError);
+  // The loader has told of an archive without install/ itself.
+  if (key != KEYS.end()) {
+    complain(Lang::instance().get(key->second, path), QueryExitUnreadable);
+  } else {
+    raiseStatus(QueryExitUnreadable);
+  }
+}
 
 // Help wins whatever else the line holds, words that the parser refuses included.
 bool helpAsked(int argc, char** argv) {
@@ -216,8 +276,12 @@ const Question& questionAsked() {
     asked = &question;
   }
   const bool words = !Args::instance().getArguments().empty();
-  if (!asked || (asked->words == SomeWords && !words) || (asked->words == NoWords && words))
+  if (!asked) refuseCommandLine(false);
+  if (given("package")) {
+    if (!asked->answerFile || words) refuseCommandLine(false);
+  } else if ((asked->words == SomeWords && !words) || (asked->words == NoWords && words)) {
     refuseCommandLine(false);
+  }
   return *asked;
 }
 
@@ -230,7 +294,7 @@ int main(int argc, char** argv) {
   Args& args = Args::instance();
   for (const Question& question : QUESTIONS) args.addOption(question.option, false);
   for (const char* option : {"help", "h"}) args.addOption(option, false);
-  for (const char* option : {"root", "lang"}) args.addOption(option, true);
+  for (const char* option : {"root", "lang", "package"}) args.addOption(option, true);
   const bool parsed = args.parse(argc, argv);
   if (parsed && given("lang")) loadLanguage(args.getValue("lang"));
   if (helpAsked(argc, argv)) {
@@ -242,7 +306,12 @@ int main(int argc, char** argv) {
 
   // Without --root the empty root leaves every database path as it is: "/var/log/packages".
   Query query(args.getValue("root"), language, reportProblem);
-  if (!query.open()) {
+  const bool opened = query.open();
+  if (given("package") && (opened || question.answerFile != answerDependsOfFile)) {
+    answerPackageFile(query, question, args.getValue("package"));
+    return finish();
+  }
+  if (!opened) {
     complain(Lang::instance().get("QueryErrorNoDatabase", query.underRoot(zet::PACKAGES_DIR)),
              QueryExitUnreadable);
     return status;
