@@ -27,6 +27,8 @@ namespace {
 int status = QueryExitAnswered;
 // How many things the answers so far needed and could not read.
 int problemsTold = 0;
+// --format: lines of tab-separated fields for scripts in place of the plain answers.
+bool formatted = false;
 
 void raiseStatus(int exitStatus) {
   status = std::max(status, exitStatus);
@@ -92,9 +94,27 @@ void forEachPackage(const Query& query, const std::vector<std::string>& words, b
   }
 }
 
+// The fields of --format for a package, in the order that queryzet(8) gives.
+void printFields(const Query::Info& info) {
+  std::string line;
+  for (const std::string& field :
+       {info.fullName, info.name, info.version, info.architecture, info.build, info.buildStamp,
+        std::to_string(info.compressedSizeK), std::to_string(info.uncompressedSizeK)}) {
+    line += (line.empty() ? "" : "\t") + field;
+  }
+  printLine(line);
+}
+
 void answerList(const Query& query, const std::vector<std::string>& patterns) {
+  const auto print = [&query](const std::string& fullName) {
+    if (!formatted) {
+      printLine(fullName);
+    } else if (const std::optional<Query::Info> info = query.info(fullName)) {
+      printFields(*info);
+    }
+  };
   if (patterns.empty()) {
-    for (const std::string& fullName : query.installed()) printLine(fullName);
+    for (const std::string& fullName : query.installed()) print(fullName);
     return;
   }
   std::set<std::string> chosen;
@@ -105,10 +125,14 @@ void answerList(const Query& query, const std::vector<std::string>& patterns) {
     }
     chosen.insert(found.begin(), found.end());
   }
-  for (const std::string& fullName : chosen) printLine(fullName);
+  for (const std::string& fullName : chosen) print(fullName);
 }
 
 void printInfo(const Query::Info& info) {
+  if (formatted) {
+    printFields(info);
+    return;
+  }
   printMessage(Lang::instance().get(
       "QueryInfo", info.fullName, info.name, info.version, info.architecture, info.build,
       std::to_string(info.compressedSizeK), std::to_string(info.uncompressedSizeK), info.location,
@@ -122,15 +146,22 @@ void answerInfo(const Query& query, const std::vector<std::string>& names) {
   forEachPackage(query, names, false, [&](const std::string& fullName) {
     const std::optional<Query::Info> info = query.info(fullName);
     if (!info) return;
-    if (!first) printLine("");
+    if (!first && !formatted) printLine("");
     first = false;
     printInfo(*info);
   });
 }
 
+// Each path of a package's --files, with --format behind its package's full name and a tab.
+Query::PathVisitor pathPrinter(const std::string& fullName) {
+  if (!formatted) return printLine;
+  return [fullName](const std::string& path) { printLine(fullName + "\t" + path); };
+}
+
 void answerFiles(const Query& query, const std::vector<std::string>& names) {
-  forEachPackage(query, names, true,
-                 [&query](const std::string& fullName) { query.files(fullName, printLine); });
+  forEachPackage(query, names, !formatted, [&query](const std::string& fullName) {
+    query.files(fullName, pathPrinter(fullName));
+  });
 }
 
 void printDependencies(const std::vector<Query::Dependency>& dependencies) {
@@ -201,7 +232,7 @@ void answerInfoOfFile(const Query&, const Package& package) {
 }
 
 void answerFilesOfFile(const Query& query, const Package& package) {
-  query.files(package, printLine);
+  query.files(package, pathPrinter(package.fullName));
 }
 
 void answerDependsOfFile(const Query& query, const Package& package) {
@@ -212,22 +243,24 @@ void answerDependsOfFile(const Query& query, const Package& package) {
 enum Words { NoWords, AnyWords, SomeWords };
 
 // The questions: exactly one stands on a command line. Those that have an answer about a
-// package file take --package in place of words.
+// package file take --package in place of words; those that take --format have a form for
+// scripts.
 const struct Question {
   const char* option;
   Words words;
   void (*answer)(const Query&, const std::vector<std::string>&);
   void (*answerFile)(const Query&, const Package&);
+  bool takesFormat;
 } QUESTIONS[] = {
-    {"list", AnyWords, answerList, nullptr},
-    {"info", SomeWords, answerInfo, answerInfoOfFile},
-    {"files", SomeWords, answerFiles, answerFilesOfFile},
-    {"owner", SomeWords, answerOwner, nullptr},
-    {"verify", AnyWords, answerVerify, nullptr},
-    {"depends", SomeWords, answerDepends, answerDependsOfFile},
-    {"rdepends", SomeWords, answerRdepends, nullptr},
-    {"orphans", NoWords, answerOrphans, nullptr},
-    {"unowned", SomeWords, answerUnowned, nullptr},
+    {"list", AnyWords, answerList, nullptr, true},
+    {"info", SomeWords, answerInfo, answerInfoOfFile, true},
+    {"files", SomeWords, answerFiles, answerFilesOfFile, true},
+    {"owner", SomeWords, answerOwner, nullptr, false},
+    {"verify", AnyWords, answerVerify, nullptr, false},
+    {"depends", SomeWords, answerDepends, answerDependsOfFile, false},
+    {"rdepends", SomeWords, answerRdepends, nullptr, false},
+    {"orphans", NoWords, answerOrphans, nullptr, false},
+    {"unowned", SomeWords, answerUnowned, nullptr, false},
 };
 
 // Loads the package file `path` with zet's own loader, in a scratch directory of its own that
@@ -276,7 +309,7 @@ const Question& questionAsked() {
     asked = &question;
   }
   const bool words = !Args::instance().getArguments().empty();
-  if (!asked) refuseCommandLine(false);
+  if (!asked || (given("format") && !asked->takesFormat)) refuseCommandLine(false);
   if (given("package")) {
     if (!asked->answerFile || words) refuseCommandLine(false);
   } else if ((asked->words == SomeWords && !words) || (asked->words == NoWords && words)) {
@@ -293,7 +326,7 @@ int main(int argc, char** argv) {
 
   Args& args = Args::instance();
   for (const Question& question : QUESTIONS) args.addOption(question.option, false);
-  for (const char* option : {"help", "h"}) args.addOption(option, false);
+  for (const char* option : {"help", "h", "format"}) args.addOption(option, false);
   for (const char* option : {"root", "lang", "package"}) args.addOption(option, true);
   const bool parsed = args.parse(argc, argv);
   if (parsed && given("lang")) loadLanguage(args.getValue("lang"));
@@ -303,6 +336,7 @@ int main(int argc, char** argv) {
   }
   if (!parsed) refuseCommandLine(false);
   const Question& question = questionAsked();
+  formatted = given("format");
 
   // Without --root the empty root leaves every database path as it is: "/var/log/packages".
   Query query(args.getValue("root"), language, reportProblem);
