@@ -239,8 +239,9 @@ std::vector<Query::Dependency> Query::depends(const Package& package) const {
 std::vector<Query::Dependency> Query::providersOf(const std::vector<std::string>& names) const {
   std::vector<Dependency> dependencies;
   // As the dependency check counts them: by short name, so a full name provides nothing.
-  for (const std::string& name : names)
+  for (const std::string& name : names) {
     dependencies.push_back({name, database.withShortName(name)});
+  }
   return dependencies;
 }
 

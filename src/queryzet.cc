@@ -340,16 +340,18 @@ int main(int argc, char** argv) {
 
   // Without --root the empty root leaves every database path as it is: "/var/log/packages".
   Query query(args.getValue("root"), language, reportProblem);
-  const bool opened = query.open();
-  if (given("package") && (opened || question.answerFile != answerDependsOfFile)) {
-    answerPackageFile(query, question, args.getValue("package"));
-    return finish();
-  }
-  if (!opened) {
+  // Of a package file's answers, only its dependencies need the database.
+  const bool packageFile = given("package");
+  const bool needsDatabase = !packageFile || question.answerFile == answerDependsOfFile;
+  if (!query.open() && needsDatabase) {
     complain(Lang::instance().get("QueryErrorNoDatabase", query.underRoot(zet::PACKAGES_DIR)),
              QueryExitUnreadable);
     return status;
   }
-  question.answer(query, args.getArguments());
+  if (packageFile) {
+    answerPackageFile(query, question, args.getValue("package"));
+  } else {
+    question.answer(query, args.getArguments());
+  }
   return finish();
 }
