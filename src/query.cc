@@ -321,6 +321,7 @@ std::string Query::recordPath(const std::string& path) {
 std::string Query::fromRoot(const std::string& path) const {
   if (!path.empty() && path[0] == '/') return path;
   char* workingDirectory = getcwd(nullptr, 0);
+  // A working directory that cannot be told counts as the top of the root.
   if (!workingDirectory) return "/" + path;
   std::string directory = workingDirectory;
   free(workingDirectory);
@@ -328,7 +329,7 @@ std::string Query::fromRoot(const std::string& path) const {
   if (root) {
     const std::string top = root;
     free(root);
-    if (top != "/" && (directory == top || startsWith(directory, top + "/"))) {
+    if (directory == top || startsWith(directory, top + "/")) {
       directory.erase(0, top.size());
     }
   }
