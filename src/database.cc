@@ -28,6 +28,23 @@ bool Database::load() {
   FileSystem& fileSystem = FileSystem::instance();
   const bool listed = fileSystem.list(packagesListing, false);
   entries = fileSystem.entries();
+  sorted = false;
+  return listed;
+}
+
+const std::vector<std::string>& Database::installed() const {
+  sortOut();
+  return fullNames;
+}
+
+const std::vector<std::string>& Database::shortNames() const {
+  sortOut();
+  return names;
+}
+
+void Database::sortOut() const {
+  if (sorted) return;
+  sorted = true;
   fullNames.clear();
   for (unsigned i = 0; i < entries.size(); ++i) {
     if (isRecordName(entries[i])) fullNames.emplace_back(entries[i]);
@@ -35,7 +52,6 @@ bool Database::load() {
   std::sort(fullNames.begin(), fullNames.end());
   names.clear();
   for (const std::string& fullName : fullNames) names.push_back(shortNameOf(fullName));
-  return listed;
 }
 
 bool Database::isRecordName(const std::string& entry) const {
@@ -46,6 +62,7 @@ bool Database::isRecordName(const std::string& entry) const {
 }
 
 std::vector<std::string> Database::withShortName(const std::string& name) const {
+  sortOut();
   std::vector<std::string> found;
   for (size_t i = 0; i < fullNames.size(); ++i) {
     if (names[i] == name) found.push_back(fullNames[i]);

@@ -17,7 +17,8 @@
 #include "packagerecord.h"
 #include "textvector.h"
 
-// The database of one root, read on demand; nothing is cached but the listing of load().
+// The database of one root, read on demand; nothing is cached but the listing of load() and
+// the installed packages sorted out of it.
 class Database {
  public:
   // The database as zet names its files under the installation root `root`.
@@ -33,11 +34,11 @@ class Database {
   const TextVector& listing() const { return entries; }
   // The full names of the installed packages, in byte order: the entries of the listing that
   // are full package names and no directories, other than those beginning with a ".".
-  const std::vector<std::string>& installed() const { return fullNames; }
+  const std::vector<std::string>& installed() const;
   // The installed packages whose short name is `name`, in byte order.
   std::vector<std::string> withShortName(const std::string& name) const;
   // The short name of each entry of installed().
-  const std::vector<std::string>& shortNames() const { return names; }
+  const std::vector<std::string>& shortNames() const;
 
   // `path`, which begins with "/", under the root.
   std::string under(const std::string& path) const { return base + path; }
@@ -64,13 +65,16 @@ class Database {
 
   // Whether the listed entry `entry` is the record of an installed package.
   bool isRecordName(const std::string& entry) const;
+  // Sorts the records out of the listing on first use: zet's own reads need only the listing.
+  void sortOut() const;
 
   // What stands in front of a database directory in each of its paths.
   std::string base;
   std::string packagesListing;
   TextVector entries;
-  std::vector<std::string> fullNames;
-  std::vector<std::string> names;
+  mutable bool sorted = false;
+  mutable std::vector<std::string> fullNames;
+  mutable std::vector<std::string> names;
 };
 
 #endif
