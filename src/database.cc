@@ -1,5 +1,7 @@
 #include "database.h"
 
+#include <sys/stat.h>
+
 #include <algorithm>
 
 #include "constants.h"
@@ -26,20 +28,43 @@ bool Database::load() {
   FileSystem& fileSystem = FileSystem::instance();
   const bool listed = fileSystem.list(packagesListing, false);
   entries = fileSystem.entries();
+  sorted = false;
+  return listed;
+}
+
+const std::vector<std::string>& Database::installed() const {
+  sortOut();
+  return fullNames;
+}
+
+const std::vector<std::string>& Database::shortNames() const {
+  sortOut();
+  return names;
+}
+
+void Database::sortOut() const {
+  if (sorted) return;
+  sorted = true;
   fullNames.clear();
   for (unsigned i = 0; i < entries.size(); ++i) {
-    if (!FileSystem::isDotEntry(entries[i])) fullNames.emplace_back(entries[i]);
+    if (isRecordName(entries[i])) fullNames.emplace_back(entries[i]);
   }
   std::sort(fullNames.begin(), fullNames.end());
   names.clear();
   for (const std::string& fullName : fullNames) names.push_back(shortNameOf(fullName));
-  return listed;
+}
+
+bool Database::isRecordName(const std::string& entry) const {
+  if (entry.empty() || entry[0] == '.' || shortNameOf(entry).empty()) return false;
+  // A record that cannot be read is still an installed package; a directory is none.
+  struct stat status;
+  return stat(path(zet::PACKAGES_DIR, entry).c_str(), &status) != 0 || !S_ISDIR(status.st_mode);
 }
 
 std::vector<std::string> Database::withShortName(const std::string& name) const {
+  sortOut();
   std::vector<std::string> found;
-  // An entry whose full name does not parse has no short name, and the empty name names none.
-  for (size_t i = 0; i < fullNames.size() && !name.empty(); ++i) {
+  for (size_t i = 0; i < fullNames.size(); ++i) {
     if (names[i] == name) found.push_back(fullNames[i]);
   }
   return found;

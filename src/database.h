@@ -17,7 +17,8 @@
 #include "packagerecord.h"
 #include "textvector.h"
 
-// The database of one root, read on demand; nothing is cached but the listing of load().
+// The database of one root, read on demand; nothing is cached but the listing of load() and
+// the installed packages sorted out of it.
 class Database {
  public:
   // The database as zet names its files under the installation root `root`.
@@ -31,12 +32,13 @@ class Database {
   bool load();
   // The listing that load() took, in directory order, "." and ".." included.
   const TextVector& listing() const { return entries; }
-  // The full names of the installed packages, in byte order.
-  const std::vector<std::string>& installed() const { return fullNames; }
-  // The installed packages whose short name is `name`, in byte order; none for the empty name.
+  // The full names of the installed packages, in byte order: the entries of the listing that
+  // are full package names and no directories, other than those beginning with a ".".
+  const std::vector<std::string>& installed() const;
+  // The installed packages whose short name is `name`, in byte order.
   std::vector<std::string> withShortName(const std::string& name) const;
-  // The short name of each entry of installed(), empty where the full name does not parse.
-  const std::vector<std::string>& shortNames() const { return names; }
+  // The short name of each entry of installed().
+  const std::vector<std::string>& shortNames() const;
 
   // `path`, which begins with "/", under the root.
   std::string under(const std::string& path) const { return base + path; }
@@ -61,12 +63,18 @@ class Database {
   Database(std::string base, std::string packagesListing)
       : base(std::move(base)), packagesListing(std::move(packagesListing)) {}
 
+  // Whether the listed entry `entry` is the record of an installed package.
+  bool isRecordName(const std::string& entry) const;
+  // Sorts the records out of the listing on first use: zet's own reads need only the listing.
+  void sortOut() const;
+
   // What stands in front of a database directory in each of its paths.
   std::string base;
   std::string packagesListing;
   TextVector entries;
-  std::vector<std::string> fullNames;
-  std::vector<std::string> names;
+  mutable bool sorted = false;
+  mutable std::vector<std::string> fullNames;
+  mutable std::vector<std::string> names;
 };
 
 #endif

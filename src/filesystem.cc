@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <climits>
 #include <cstdio>
 #include <cstring>
 #include <tuple>
@@ -94,6 +95,14 @@ bool FileSystem::list(const std::string& path, bool underRoot) {
 }
 
 // The overwrite test always looks under the root, whatever `underRoot` says.
+bool FileSystem::linkTarget(const std::string& path, std::string& target) {
+  target.assign(PATH_MAX, '\0');
+  const ssize_t length = readlink(path.c_str(), &target[0], target.size());
+  if (length < 0 || static_cast<size_t>(length) >= target.size()) return false;
+  target.resize(static_cast<size_t>(length));
+  return true;
+}
+
 bool FileSystem::isDotEntry(const char* name) {
   return strcmp(name, ".") == 0 || strcmp(name, "..") == 0;
 }

@@ -37,6 +37,9 @@ class FileSystem : public FileList {
   // Reads one directory, "." and ".." included, into the list. False keeps the old list.
   bool list(const std::string& path, bool underRoot);
   TextVector& entries() { return *this; }
+  // The target of the symbolic link at the literal path; false when it is none or cannot be
+  // read.
+  static bool linkTarget(const std::string& path, std::string& target);
   // "." or "..", which every listing holds.
   static bool isDotEntry(const char* name);
   // Copies one file with mode and owner; false only when a file could not be opened or

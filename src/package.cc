@@ -129,7 +129,7 @@ void Package::reset() {
   fromDatabase = false;
 }
 
-TextVector Package::descriptionLines(bool stripPrefix) {
+TextVector Package::descriptionLines(bool stripPrefix) const {
   TextVector lines;
   const auto entry = descriptions.find(language);
   if (entry == descriptions.end()) return lines;

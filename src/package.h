@@ -65,7 +65,7 @@ class Package {
 
   // A copy of the description in `language`; with `stripPrefix` each line loses its
   // leading "name:".
-  TextVector descriptionLines(bool stripPrefix);
+  TextVector descriptionLines(bool stripPrefix) const;
   // Identity of the object, not of the name.
   bool operator==(const Package& other) const { return this == &other; }
 

@@ -112,6 +112,11 @@ PackageRecord::Listing PackageRecord::forEachListedFile(
   return listing ? Listing::Found : Listing::Missing;
 }
 
+bool PackageRecord::namesPath(std::string_view line) {
+  const std::string_view label = FILE_LIST_LABEL;
+  return !line.empty() && line.substr(0, label.size()) != label;
+}
+
 bool PackageRecord::write(const std::string& path) {
   TextFile lines;
   lines.push_back((std::string(NAME_LABEL) + VALUE_GAP + name).c_str());

@@ -40,6 +40,9 @@ class PackageRecord {
   // line, which no install writes, from one that lists nothing.
   static Listing forEachListedFile(const std::string& path,
                                    const std::function<void(std::string_view)>& visit);
+  // Whether a line of the file list names a path: an empty line or a second "FILE LIST:"
+  // label, which only a hand-edited record holds, names none.
+  static bool namesPath(std::string_view line);
   // False when the file was written, true when it could not be.
   bool write(const std::string& path);
 

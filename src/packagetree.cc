@@ -13,6 +13,7 @@
 #include <string_view>
 
 #include "constants.h"
+#include "filesystem.h"
 #include "linklines.h"
 #include "textutil.h"
 #include "textvector.h"
@@ -202,13 +203,11 @@ bool PackageTree::pathReadsBack(const std::string& name) {
 
 void PackageTree::addLink(const std::string& relative) {
   const std::string path = root + "/" + relative;
-  std::string target(4096, '\0');
-  const ssize_t length = readlink(path.c_str(), &target[0], target.size());
-  if (length < 0 || static_cast<size_t>(length) >= target.size()) {
+  std::string target;
+  if (!FileSystem::linkTarget(path, target)) {
     problems.push_back({TreeFinding::Unreadable, path, ""});
     return;
   }
-  target.resize(static_cast<size_t>(length));
   if (!LinkLines::usable(relative, target)) {
     problems.push_back({TreeFinding::LinkUnusable, relative, target});
     return;

@@ -1,17 +1,22 @@
 #include "query.h"
 
+#include <dirent.h>
 #include <fnmatch.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdlib>
 #include <cstring>
 #include <tuple>
 #include <unordered_map>
+#include <unordered_set>
 
 #include "constants.h"
 #include "dependencystore.h"
 #include "filesystem.h"
+#include "linklines.h"
 #include "packagename.h"
 #include "packagerecord.h"
 #include "textutil.h"
@@ -92,14 +97,7 @@ std::optional<Query::Info> Query::info(const std::string& fullName) const {
     problem({Problem::Unreadable, recordFile});
     return std::nullopt;
   }
-  Info info;
-  info.fullName = fullName;
-  PackageName parsed;
-  parsed.parse(fullName);
-  info.name = parsed.name;
-  info.version = versionOf(fullName, parsed.name);
-  info.architecture = parsed.architecture;
-  info.build = parsed.build;
+  Info info = named(fullName);
   info.compressedSizeK = record.compressedSizeK;
   info.uncompressedSizeK = record.uncompressedSizeK;
   info.location = record.location;
@@ -118,11 +116,59 @@ std::optional<Query::Info> Query::info(const std::string& fullName) const {
   return info;
 }
 
+Query::Info Query::named(const std::string& fullName) {
+  Info info;
+  info.fullName = fullName;
+  PackageName parsed;
+  parsed.parse(fullName);
+  info.name = parsed.name;
+  info.version = versionOf(fullName, parsed.name);
+  info.architecture = parsed.architecture;
+  info.build = parsed.build;
+  return info;
+}
+
+Query::Info Query::info(const Package& package) {
+  Info info = named(package.fullName);
+  info.compressedSizeK = package.compressedSizeK;
+  info.uncompressedSizeK = package.uncompressedSizeK;
+  info.location = package.location;
+  info.buildStamp = package.buildInfo.size() > 0 ? package.buildInfo[0] : "";
+  info.deps = stringsOf(package.deps);
+  const std::pair<const ScriptRunner*, const char*> scripts[] = {
+      {&package.preinstScript, zet::PREINST_SCRIPT},
+      {&package.doinstScript, zet::DOINST_SCRIPT},
+      {&package.postinstScript, zet::POSTINST_SCRIPT}};
+  for (const auto& script : scripts) {
+    if (script.first->hasLines()) info.scripts.push_back(script.second);
+  }
+  info.files = package.files.size();
+  info.links = LinkLines::read(package.doinstScript).size();
+  info.description = stringsOf(package.descriptionLines(false));
+  return info;
+}
+
 void Query::files(const std::string& fullName, const PathVisitor& visit) const {
+  underRoot([&](const auto& entry) { forEachEntry(fullName, entry); }, visit);
+}
+
+void Query::files(const Package& package, const PathVisitor& visit) const {
+  underRoot(
+      [&package](const auto& entry) {
+        for (unsigned i = 0; i < package.files.size(); ++i) entry(package.files[i]);
+        const FileList linked = LinkLines::read(package.doinstScript);
+        for (unsigned i = 0; i < linked.size(); ++i) entry(linkPath(linked[i]));
+      },
+      visit);
+}
+
+void Query::underRoot(
+    const std::function<void(const std::function<void(std::string_view)>&)>& entries,
+    const PathVisitor& visit) const {
   // One buffer for every path, so that a package of many files costs no allocation per path.
   std::string path = database.under("/");
   const size_t base = path.size();
-  forEachEntry(fullName, [&](std::string_view entry) {
+  entries([&](std::string_view entry) {
     path.resize(base);
     path.append(entry);
     visit(path);
@@ -130,18 +176,24 @@ void Query::files(const std::string& fullName, const PathVisitor& visit) const {
 }
 
 std::vector<std::vector<Query::Owner>> Query::owners(const std::vector<std::string>& paths) const {
-  // Each asked path is looked for as a file or link and as a directory, with its "/".
-  std::vector<std::string> forms;
-  for (const std::string& path : paths) {
-    forms.push_back(recordPath(path));
-    forms.push_back(forms.back() + "/");
+  // Each asked path is looked for as written and as resolved, each as a file or link and as
+  // a directory, with its "/".
+  std::vector<std::pair<std::string, size_t>> forms;
+  for (size_t i = 0; i < paths.size(); ++i) {
+    std::vector<std::string> asked = {recordPath(fromRoot(paths[i]))};
+    std::string resolved = resolve(paths[i]);
+    if (resolved != asked[0]) asked.push_back(std::move(resolved));
+    for (const std::string& form : asked) {
+      forms.emplace_back(form, i);
+      forms.emplace_back(form + "/", i);
+    }
   }
   std::unordered_multimap<std::string_view, size_t> wanted;
   // Most lines of the database are asked for by no one: the sketch turns them away first.
   std::vector<bool> sketched(size_t(1) << 16);
-  for (size_t i = 0; i < forms.size(); ++i) {
-    wanted.emplace(forms[i], i / 2);
-    sketched[sketch(forms[i])] = true;
+  for (const auto& form : forms) {
+    wanted.emplace(form.first, form.second);
+    sketched[sketch(form.first)] = true;
   }
 
   std::vector<std::vector<Owner>> owners(paths.size());
@@ -177,9 +229,17 @@ void Query::verify(const std::string& fullName, const PathVisitor& missing) cons
 }
 
 std::vector<Query::Dependency> Query::depends(const std::string& fullName) const {
+  return providersOf(database.deps(fullName));
+}
+
+std::vector<Query::Dependency> Query::depends(const Package& package) const {
+  return providersOf(stringsOf(package.deps));
+}
+
+std::vector<Query::Dependency> Query::providersOf(const std::vector<std::string>& names) const {
   std::vector<Dependency> dependencies;
   // As the dependency check counts them: by short name, so a full name provides nothing.
-  for (const std::string& name : database.deps(fullName)) {
+  for (const std::string& name : names) {
     dependencies.push_back({name, database.withShortName(name)});
   }
   return dependencies;
@@ -195,6 +255,59 @@ std::vector<std::string> Query::rdepends(const std::string& fullName) const {
   return dependants;
 }
 
+std::vector<std::string> Query::orphans() const {
+  std::unordered_set<std::string> needed;
+  const std::vector<std::string>& packages = database.installed();
+  const std::vector<std::string>& shortNames = database.shortNames();
+  for (size_t i = 0; i < packages.size(); ++i) {
+    for (std::string& name : database.deps(packages[i])) {
+      if (name != shortNames[i]) needed.insert(std::move(name));
+    }
+  }
+  std::vector<std::string> found;
+  for (size_t i = 0; i < packages.size(); ++i) {
+    if (needed.count(shortNames[i]) == 0) found.push_back(packages[i]);
+  }
+  return found;
+}
+
+std::vector<std::string> Query::unowned(const std::vector<std::string>& directories) const {
+  std::set<std::string> found;
+  for (const std::string& directory : directories) walk(resolve(directory, true), found);
+  for (const std::string& fullName : database.installed()) {
+    forEachEntry(fullName, [&found](std::string_view entry) {
+      if (!entry.empty() && entry.back() == '/') entry.remove_suffix(1);
+      if (!found.empty()) found.erase(std::string(entry));
+    });
+  }
+  std::vector<std::string> paths;
+  for (const std::string& path : found) paths.push_back(database.under("/" + path));
+  return paths;
+}
+
+void Query::walk(const std::string& directory, std::set<std::string>& found) const {
+  const std::string path = database.under("/" + directory);
+  DIR* listing = opendir(path.c_str());
+  if (!listing) {
+    problem({Problem::Unreadable, path});
+    return;
+  }
+  std::vector<std::string> below;
+  while (const dirent* entry = readdir(listing)) {
+    if (FileSystem::isDotEntry(entry->d_name)) continue;
+    const std::string relative =
+        directory.empty() ? entry->d_name : directory + "/" + entry->d_name;
+    struct stat status;
+    if (lstat(database.under("/" + relative).c_str(), &status) == 0 && S_ISDIR(status.st_mode)) {
+      below.push_back(relative);
+    } else {
+      found.insert(relative);
+    }
+  }
+  closedir(listing);
+  for (const std::string& next : below) walk(next, found);
+}
+
 std::string Query::recordPath(const std::string& path) {
   std::string form;
   for (char character : path) {
@@ -205,10 +318,67 @@ std::string Query::recordPath(const std::string& path) {
   return form;
 }
 
+std::string Query::fromRoot(const std::string& path) const {
+  if (!path.empty() && path[0] == '/') return path;
+  char* workingDirectory = getcwd(nullptr, 0);
+  // A working directory that cannot be told counts as the top of the root.
+  if (!workingDirectory) return "/" + path;
+  std::string directory = workingDirectory;
+  free(workingDirectory);
+  char* root = realpath(database.under("/").c_str(), nullptr);
+  if (root) {
+    const std::string top = root;
+    free(root);
+    if (directory == top || startsWith(directory, top + "/")) {
+      directory.erase(0, top.size());
+    }
+  }
+  return directory + "/" + path;
+}
+
+std::string Query::resolve(const std::string& path, bool followLast) const {
+  // The parts still to walk, the next one last.
+  std::vector<std::string> ahead;
+  const auto push = [&ahead](const std::string& text) {
+    TextVector parts;
+    parts.split('/', text.c_str());
+    for (unsigned i = parts.size(); i-- > 0;) {
+      if (std::strcmp(parts[i], ".") != 0) ahead.emplace_back(parts[i]);
+    }
+  };
+  push(fromRoot(path));
+  std::string walked;
+  // As many links as the system follows in one path.
+  int links = 40;
+  std::string target;
+  while (!ahead.empty()) {
+    const std::string part = std::move(ahead.back());
+    ahead.pop_back();
+    if (part == "..") {
+      const size_t slash = walked.rfind('/');
+      walked.erase(slash == std::string::npos ? 0 : slash);
+      continue;
+    }
+    const std::string next = walked.empty() ? part : walked + "/" + part;
+    if ((followLast || !ahead.empty()) && links > 0 &&
+        FileSystem::linkTarget(database.under("/" + next), target)) {
+      --links;
+      if (target[0] == '/') walked.clear();
+      push(target);
+    } else {
+      walked = next;
+    }
+  }
+  return walked;
+}
+
 void Query::listRecord(const std::string& fullName,
                        const std::function<void(std::string_view)>& visit) const {
   const std::string recordFile = database.path(zet::PACKAGES_DIR, fullName);
-  switch (PackageRecord::forEachListedFile(recordFile, visit)) {
+  const auto visitPath = [&visit](std::string_view line) {
+    if (PackageRecord::namesPath(line)) visit(line);
+  };
+  switch (PackageRecord::forEachListedFile(recordFile, visitPath)) {
     case PackageRecord::Listing::Unreadable:
       problem({Problem::Unreadable, recordFile});
       break;
@@ -224,5 +394,10 @@ void Query::forEachEntry(const std::string& fullName,
                          const std::function<void(std::string_view)>& visit) const {
   listRecord(fullName, visit);
   const FileList linked = database.links(fullName);
-  for (unsigned i = 0; i < linked.size(); ++i) visit(linked[i]);
+  for (unsigned i = 0; i < linked.size(); ++i) visit(linkPath(linked[i]));
+}
+
+std::string_view Query::linkPath(std::string_view link) {
+  // A link at the top of the tree is made from the directory ".", so it reads back as "./NAME".
+  return link.substr(0, 2) == "./" ? link.substr(2) : link;
 }

@@ -11,11 +11,13 @@
 #include <cstdint>
 #include <functional>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "database.h"
+#include "package.h"
 
 // The database of one root, asked question by question. It prints nothing: answers come back
 // as values or through visitors, and whatever could not be read goes to the problem visitor,
@@ -78,8 +80,15 @@ class Query {
   std::optional<Info> info(const std::string& fullName) const;
   // Each path of the record, in its order, then each link of the stored doinst script.
   void files(const std::string& fullName, const PathVisitor& visit) const;
-  // The owners of each asked path, in the order of `paths`, each list by full name. Every
-  // record and every stored script is read once, whatever the number of paths.
+  // The same answers for a package file that zet's loader has read, before it is installed:
+  // its paths as they would lie under the root, and its dependencies among the installed.
+  static Info info(const Package& package);
+  void files(const Package& package, const PathVisitor& visit) const;
+  std::vector<Dependency> depends(const Package& package) const;
+
+  // The owners of each asked path, in the order of `paths`, each list by full name: of the
+  // path as written and of the path as the system finds it (see resolve()). Every record and
+  // every stored script is read once, whatever the number of paths.
   std::vector<std::vector<Owner>> owners(const std::vector<std::string>& paths) const;
   // Each path of files() that is not there; a link counts as itself, not as its target.
   void verify(const std::string& fullName, const PathVisitor& missing) const;
@@ -88,15 +97,45 @@ class Query {
   // level, each once, in byte order.
   std::vector<std::string> rdepends(const std::string& fullName) const;
 
+  // The installed packages whose short name no dependency line of an installed package of
+  // another short name names, in byte order.
+  std::vector<std::string> orphans() const;
+  // The files and links below the directories `directories` (asked paths, each followed
+  // whole) that no package lists as a file, a directory or a link, each once under the root,
+  // in byte order; paths are compared as they stand. A directory that cannot be read goes to
+  // the problem visitor. Every record and every stored script is read once.
+  std::vector<std::string> unowned(const std::vector<std::string>& directories) const;
+
   // An asked path as a record would list it: no leading, doubled or trailing "/".
   static std::string recordPath(const std::string& path);
+  // An asked path from the root: a relative one is taken from the working directory, counted
+  // from the root when it lies below it.
+  std::string fromRoot(const std::string& path) const;
+  // The path of fromRoot() as the system finds it under the root, in the form of recordPath():
+  // each directory on the way that is a symbolic link is replaced by its target, read under
+  // the root, and "." and ".." are followed; the last part stays, a link being a path itself.
+  // With `followLast` the last part is followed too, as a directory is when it is opened.
+  std::string resolve(const std::string& path, bool followLast = false) const;
 
  private:
   // Hands `visit` each line of the record's file list; tells the problem visitor of a record
   // that cannot be read or lists no files.
   void listRecord(const std::string& fullName,
                   const std::function<void(std::string_view)>& visit) const;
-  // Each record line, then each link, of one package, as they stand.
+  // Each dependency line with the installed packages of that short name.
+  std::vector<Dependency> providersOf(const std::vector<std::string>& names) const;
+  // What a full name tells: its name, version, architecture and build.
+  static Info named(const std::string& fullName);
+  // Hands `visit` each path under the root, in one buffer, of the entries that `entries`
+  // hands its visitor.
+  void underRoot(const std::function<void(const std::function<void(std::string_view)>&)>& entries,
+                 const PathVisitor& visit) const;
+  // Adds the relative path of each file and link below the directory `directory`, relative
+  // to the root, to `found`, without following links.
+  void walk(const std::string& directory, std::set<std::string>& found) const;
+  // A link as the reader of doinst lines gives it, as a path relative to the root.
+  static std::string_view linkPath(std::string_view link);
+  // Each record line, then each link, of one package, as paths relative to the root.
   void forEachEntry(const std::string& fullName,
                     const std::function<void(std::string_view)>& visit) const;
 

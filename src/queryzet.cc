@@ -1,10 +1,12 @@
 // The driver of queryzet: reads the command line, asks the database under the root one
 // question and prints the answer, plain and uncoloured so that it pipes, with an exit status
-// that says how it went. It needs no root, writes nothing and runs no other program: no
-// scratch directory, no configuration file, and no Package objects, which insist on "LANG".
+// that says how it went. It needs no root and writes nothing; only a question about a package
+// file makes a scratch directory and runs tar and gzip, through zet's own loader.
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <functional>
+#include <map>
 #include <set>
 #include <string>
 #include <vector>
@@ -13,13 +15,20 @@
 #include "constants.h"
 #include "driver.h"
 #include "exitstatus.h"
+#include "filesystem.h"
 #include "lang.h"
 #include "messages.h"
+#include "package.h"
 #include "query.h"
+#include "temparea.h"
 
 namespace {
 
 int status = QueryExitAnswered;
+// How many things the answers so far needed and could not read.
+int problemsTold = 0;
+// --format: lines of tab-separated fields for scripts in place of the plain answers.
+bool formatted = false;
 
 void raiseStatus(int exitStatus) {
   status = std::max(status, exitStatus);
@@ -54,6 +63,7 @@ void reportProblem(const Query::Problem& problem) {
   static const char* const KEYS[] = {"QueryErrorUnreadable", "QueryErrorNoFileList",
                                      "QueryErrorCannotCheck"};
   complain(Lang::instance().get(KEYS[problem.kind], problem.path), QueryExitUnreadable);
+  ++problemsTold;
 }
 
 std::string joined(const std::vector<std::string>& words) {
@@ -62,22 +72,49 @@ std::string joined(const std::vector<std::string>& words) {
   return text;
 }
 
-// The installed packages that the words name, in the order of the words.
-std::vector<std::string> packagesOf(const Query& query, const std::vector<std::string>& words) {
-  std::vector<std::string> packages;
+// Hands `answer` each installed package that the words name, in the order of the words; a
+// word that names none is told in its place, after the answers to the words before it. With
+// `headed`, and more than one package, each answer follows a line of its full name and ":".
+void forEachPackage(const Query& query, const std::vector<std::string>& words, bool headed,
+                    const std::function<void(const std::string&)>& answer) {
+  std::vector<std::vector<std::string>> found;
+  size_t packages = 0;
   for (const std::string& word : words) {
-    const std::vector<std::string> found = query.find(word);
-    if (found.empty()) {
-      complain(Lang::instance().get("ErrorPackageNotInstalled", word), QueryExitNotInstalled);
-    }
-    packages.insert(packages.end(), found.begin(), found.end());
+    found.push_back(query.find(word));
+    packages += found.back().size();
   }
-  return packages;
+  for (size_t i = 0; i < words.size(); ++i) {
+    if (found[i].empty()) {
+      complain(Lang::instance().get("ErrorPackageNotInstalled", words[i]), QueryExitNotInstalled);
+    }
+    for (const std::string& fullName : found[i]) {
+      if (headed && packages > 1) printLine(fullName + ":");
+      answer(fullName);
+    }
+  }
+}
+
+// The fields of --format for a package, in the order that queryzet(8) gives.
+void printFields(const Query::Info& info) {
+  std::string line;
+  for (const std::string& field :
+       {info.fullName, info.name, info.version, info.architecture, info.build, info.buildStamp,
+        std::to_string(info.compressedSizeK), std::to_string(info.uncompressedSizeK)}) {
+    line += (line.empty() ? "" : "\t") + field;
+  }
+  printLine(line);
 }
 
 void answerList(const Query& query, const std::vector<std::string>& patterns) {
+  const auto print = [&query](const std::string& fullName) {
+    if (!formatted) {
+      printLine(fullName);
+    } else if (const std::optional<Query::Info> info = query.info(fullName)) {
+      printFields(*info);
+    }
+  };
   if (patterns.empty()) {
-    for (const std::string& fullName : query.installed()) printLine(fullName);
+    for (const std::string& fullName : query.installed()) print(fullName);
     return;
   }
   std::set<std::string> chosen;
@@ -88,79 +125,172 @@ void answerList(const Query& query, const std::vector<std::string>& patterns) {
     }
     chosen.insert(found.begin(), found.end());
   }
-  for (const std::string& fullName : chosen) printLine(fullName);
+  for (const std::string& fullName : chosen) print(fullName);
+}
+
+void printInfo(const Query::Info& info) {
+  if (formatted) {
+    printFields(info);
+    return;
+  }
+  printMessage(Lang::instance().get(
+      "QueryInfo", info.fullName, info.name, info.version, info.architecture, info.build,
+      std::to_string(info.compressedSizeK), std::to_string(info.uncompressedSizeK), info.location,
+      info.buildStamp, joined(info.deps), joined(info.scripts), std::to_string(info.files),
+      std::to_string(info.links)));
+  for (const std::string& line : info.description) printLine(line);
 }
 
 void answerInfo(const Query& query, const std::vector<std::string>& names) {
   bool first = true;
-  for (const std::string& fullName : packagesOf(query, names)) {
+  forEachPackage(query, names, false, [&](const std::string& fullName) {
     const std::optional<Query::Info> info = query.info(fullName);
-    if (!info) continue;
-    if (!first) printLine("");
+    if (!info) return;
+    if (!first && !formatted) printLine("");
     first = false;
-    printMessage(Lang::instance().get(
-        "QueryInfo", info->fullName, info->name, info->version, info->architecture, info->build,
-        std::to_string(info->compressedSizeK), std::to_string(info->uncompressedSizeK),
-        info->location, info->buildStamp, joined(info->deps), joined(info->scripts),
-        std::to_string(info->files), std::to_string(info->links)));
-    for (const std::string& line : info->description) printLine(line);
-  }
+    printInfo(*info);
+  });
+}
+
+// Each path of a package's --files, with --format behind its package's full name and a tab.
+Query::PathVisitor pathPrinter(const std::string& fullName) {
+  if (!formatted) return printLine;
+  return [fullName](const std::string& path) { printLine(fullName + "\t" + path); };
 }
 
 void answerFiles(const Query& query, const std::vector<std::string>& names) {
-  for (const std::string& fullName : packagesOf(query, names)) query.files(fullName, printLine);
+  forEachPackage(query, names, !formatted, [&query](const std::string& fullName) {
+    query.files(fullName, pathPrinter(fullName));
+  });
+}
+
+void printDependencies(const std::vector<Query::Dependency>& dependencies) {
+  for (const Query::Dependency& dependency : dependencies) {
+    printMessage(dependency.providers.empty()
+                     ? Lang::instance().get("QueryDependsMissing", dependency.name)
+                     : Lang::instance().get("QueryDependsInstalled", dependency.name,
+                                            joined(dependency.providers)));
+  }
 }
 
 void answerOwner(const Query& query, const std::vector<std::string>& paths) {
   const std::vector<std::vector<Query::Owner>> owners = query.owners(paths);
+  // Where a record could not be read, a path that no other lists has an unknown owner.
+  const bool complete = problemsTold == 0;
   for (size_t i = 0; i < paths.size(); ++i) {
     for (const Query::Owner& owner : owners[i]) printLine(owner.fullName + ": " + owner.path);
-    if (owners[i].empty()) {
-      const std::string asked = query.underRoot("/" + Query::recordPath(paths[i]));
+    if (!owners[i].empty()) continue;
+    const std::string asked = query.underRoot("/" + Query::recordPath(query.fromRoot(paths[i])));
+    if (complete) {
       complain(Lang::instance().get("QueryErrorNoOwner", asked), QueryExitNegative);
+    } else {
+      complain(Lang::instance().get("QueryErrorOwnerUnknown", asked), QueryExitUnreadable);
     }
   }
 }
 
 void answerVerify(const Query& query, const std::vector<std::string>& names) {
-  const std::vector<std::string> packages =
-      names.empty() ? query.installed() : packagesOf(query, names);
-  for (const std::string& fullName : packages) {
+  const auto verify = [&query](const std::string& fullName) {
     query.verify(fullName, [&fullName](const std::string& path) {
       printLine(fullName + ": " + path);
       raiseStatus(QueryExitNegative);
     });
+  };
+  if (names.empty()) {
+    for (const std::string& fullName : query.installed()) verify(fullName);
+  } else {
+    forEachPackage(query, names, false, verify);
   }
 }
 
 void answerDepends(const Query& query, const std::vector<std::string>& names) {
-  for (const std::string& fullName : packagesOf(query, names)) {
-    for (const Query::Dependency& dependency : query.depends(fullName)) {
-      printMessage(dependency.providers.empty()
-                       ? Lang::instance().get("QueryDependsMissing", dependency.name)
-                       : Lang::instance().get("QueryDependsInstalled", dependency.name,
-                                              joined(dependency.providers)));
-    }
-  }
+  forEachPackage(query, names, true, [&query](const std::string& fullName) {
+    printDependencies(query.depends(fullName));
+  });
 }
 
 void answerRdepends(const Query& query, const std::vector<std::string>& names) {
-  for (const std::string& fullName : packagesOf(query, names)) {
+  forEachPackage(query, names, true, [&query](const std::string& fullName) {
     for (const std::string& dependant : query.rdepends(fullName)) printLine(dependant);
+  });
+}
+
+void answerOrphans(const Query& query, const std::vector<std::string>&) {
+  for (const std::string& fullName : query.orphans()) printLine(fullName);
+}
+
+void answerUnowned(const Query& query, const std::vector<std::string>& directories) {
+  for (const std::string& path : query.unowned(directories)) {
+    printLine(path);
+    raiseStatus(QueryExitNegative);
   }
 }
 
-// The questions: exactly one stands on a command line.
+// The answers about a package file, which the database is not asked for unless `dependencies`.
+void answerInfoOfFile(const Query&, const Package& package) {
+  printInfo(Query::info(package));
+}
+
+void answerFilesOfFile(const Query& query, const Package& package) {
+  query.files(package, pathPrinter(package.fullName));
+}
+
+void answerDependsOfFile(const Query& query, const Package& package) {
+  printDependencies(query.depends(package));
+}
+
+// What a question takes besides its option.
+enum Words { NoWords, AnyWords, SomeWords };
+
+// The questions: exactly one stands on a command line. Those that have an answer about a
+// package file take --package in place of words; those that take --format have a form for
+// scripts.
 const struct Question {
   const char* option;
-  bool needsWords;
+  Words words;
   void (*answer)(const Query&, const std::vector<std::string>&);
+  void (*answerFile)(const Query&, const Package&);
+  bool takesFormat;
 } QUESTIONS[] = {
-    {"list", false, answerList},        {"info", true, answerInfo},
-    {"files", true, answerFiles},       {"owner", true, answerOwner},
-    {"verify", false, answerVerify},    {"depends", true, answerDepends},
-    {"rdepends", true, answerRdepends},
+    {"list", AnyWords, answerList, nullptr, true},
+    {"info", SomeWords, answerInfo, answerInfoOfFile, true},
+    {"files", SomeWords, answerFiles, answerFilesOfFile, true},
+    {"owner", SomeWords, answerOwner, nullptr, false},
+    {"verify", AnyWords, answerVerify, nullptr, false},
+    {"depends", SomeWords, answerDepends, answerDependsOfFile, false},
+    {"rdepends", SomeWords, answerRdepends, nullptr, false},
+    {"orphans", NoWords, answerOrphans, nullptr, false},
+    {"unowned", SomeWords, answerUnowned, nullptr, false},
 };
+
+// Loads the package file `path` with zet's own loader, in a scratch directory of its own that
+// goes again at once, and answers `question` about it.
+void answerPackageFile(const Query& query, const Question& question, const std::string& path) {
+  // The loader insists on "LANG"; without it queryzet speaks and describes in "C" anyway.
+  setenv("LANG", zet::FALLBACK_LANG, 0);
+  TempArea& scratch = TempArea::instance();
+  scratch.create(zet::TEMP_BASE, zet::TEMP_PREFIX);
+  FileSystem::instance().makeDir(scratch.getPath(), false);
+  Package package;
+  const bool loaded = package.loadFromFile(path);
+  FileSystem::instance().removeTree(scratch.getPath(), false);
+  if (loaded) {
+    question.answerFile(query, package);
+    return;
+  }
+  static const std::map<int32_t, const char*> KEYS = {{LoadExtractFailed, "ErrorUnknownTar"},
+                                                      {LoadListFailed, "ErrorUnknownTar"},
+                                                      {LoadBadName, "ErrorNotValidPackageName"},
+                                                      {LoadNoFile, "ErrorFileDoNotExist"},
+                                                      {LoadSizeInfoBad, "ErrorUnknownGzip"}};
+  const auto key = KEYS.find(package.lastError);
+  // The loader has told of an archive without install/ itself.
+  if (key != KEYS.end()) {
+    complain(Lang::instance().get(key->second, path), QueryExitUnreadable);
+  } else {
+    raiseStatus(QueryExitUnreadable);
+  }
+}
 
 // Help wins whatever else the line holds, words that the parser refuses included.
 bool helpAsked(int argc, char** argv) {
@@ -178,8 +308,13 @@ const Question& questionAsked() {
     if (asked) refuseCommandLine(false);
     asked = &question;
   }
-  if (!asked || (asked->needsWords && Args::instance().getArguments().empty()))
+  const bool words = !Args::instance().getArguments().empty();
+  if (!asked || (given("format") && !asked->takesFormat)) refuseCommandLine(false);
+  if (given("package")) {
+    if (!asked->answerFile || words) refuseCommandLine(false);
+  } else if ((asked->words == SomeWords && !words) || (asked->words == NoWords && words)) {
     refuseCommandLine(false);
+  }
   return *asked;
 }
 
@@ -191,8 +326,8 @@ int main(int argc, char** argv) {
 
   Args& args = Args::instance();
   for (const Question& question : QUESTIONS) args.addOption(question.option, false);
-  for (const char* option : {"help", "h"}) args.addOption(option, false);
-  for (const char* option : {"root", "lang"}) args.addOption(option, true);
+  for (const char* option : {"help", "h", "format"}) args.addOption(option, false);
+  for (const char* option : {"root", "lang", "package"}) args.addOption(option, true);
   const bool parsed = args.parse(argc, argv);
   if (parsed && given("lang")) loadLanguage(args.getValue("lang"));
   if (helpAsked(argc, argv)) {
@@ -201,14 +336,22 @@ int main(int argc, char** argv) {
   }
   if (!parsed) refuseCommandLine(false);
   const Question& question = questionAsked();
+  formatted = given("format");
 
   // Without --root the empty root leaves every database path as it is: "/var/log/packages".
   Query query(args.getValue("root"), language, reportProblem);
-  if (!query.open()) {
+  // Of a package file's answers, only its dependencies need the database.
+  const bool packageFile = given("package");
+  const bool needsDatabase = !packageFile || question.answerFile == answerDependsOfFile;
+  if (!query.open() && needsDatabase) {
     complain(Lang::instance().get("QueryErrorNoDatabase", query.underRoot(zet::PACKAGES_DIR)),
              QueryExitUnreadable);
     return status;
   }
-  question.answer(query, args.getArguments());
+  if (packageFile) {
+    answerPackageFile(query, question, args.getValue("package"));
+  } else {
+    question.answer(query, args.getArguments());
+  }
   return finish();
 }
