@@ -1,13 +1,17 @@
 // One fuzz target for the parsers of outside input: the first byte picks the parser, the rest
-// is its input, written to a file for those that read files. Besides crashes and undefined
+// is its input, written to a file for those that read files (a command line takes its lines
+// as words). Besides crashes and undefined
 // behaviour it checks that lines are cut as fgets into a 1024-byte buffer cuts them, and that
 // a record's listed files are what a full read lists from its first "FILE LIST:" line.
 #include <unistd.h>
 
 #include <cstdio>
 #include <string>
+#include <vector>
 
+#include "args.h"
 #include "configfile.h"
+#include "lang.h"
 #include "package.h"
 #include "packagerecord.h"
 #include "tagfile.h"
@@ -54,7 +58,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   PackageName name;
   TagFile tags;
   ConfigFile config;
-  switch (data[0] % 4) {
+  Args args;
+  std::vector<char*> words;
+  switch (data[0] % 6) {
     case 0:
       linesAsFgetsCutsThem(path.c_str(), lines);
       break;
@@ -68,6 +74,16 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     case 3:
       Package::scriptSymlinks(lines);
       name.parse(text.c_str());
+      break;
+    case 4:
+      Lang::instance().load(path);
+      Lang::instance().get(text.substr(0, text.find('=')).c_str(), "a");
+      break;
+    case 5:
+      args.addOption("root", true);
+      args.addOption("i", false);
+      for (unsigned i = 0; i < lines.size(); ++i) words.push_back(lines[i]);
+      if (args.parse(static_cast<int>(words.size()), words.data())) args.getValue("root");
       break;
   }
   unlink(path.c_str());
