@@ -58,11 +58,16 @@ int FileSystem::remove(const std::string& path, bool underRoot) const {
   return isDirectory(real) ? rmdir(real.c_str()) : unlink(real.c_str());
 }
 
-// Links are followed like directories, so a link to a directory elsewhere loses that
-// directory's content while the link itself stays.
+// A link is removed, never followed: what it points to is not part of the tree.
 void FileSystem::removeTree(const std::string& path, bool underRoot) {
   std::string prefix;
   for (const std::string& step : descent) prefix += step + "/";
+  const std::string real = plainPath(prefix + path, underRoot);
+  struct stat status;
+  if (lstat(real.c_str(), &status) == 0 && S_ISLNK(status.st_mode)) {
+    unlink(real.c_str());
+    return;
+  }
   if (!list(prefix + path, underRoot)) {
     remove(prefix + path, underRoot);
     return;

@@ -29,7 +29,8 @@ class FileSystem : public FileList {
   static bool isDirectory(const std::string& path);
   // rmdir for a directory, unlink otherwise: 0 on success, -1 on failure.
   int remove(const std::string& path, bool underRoot) const;
-  // Removes a tree depth first, through links to directories; reports nothing.
+  // Removes a tree depth first; a link goes itself, and what it points to stays. Reports
+  // nothing.
   void removeTree(const std::string& path, bool underRoot);
   // Reads one directory, "." and ".." included, into the list. False keeps the old list.
   bool list(const std::string& path, bool underRoot);
