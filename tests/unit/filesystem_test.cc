@@ -34,8 +34,11 @@ TEST_F(FileSystemTest, PathsFollowTheirRuleAndARemovalNeverFollowsALink) {
   EXPECT_TRUE(fs.makeDir(relative + "/d", false));
   EXPECT_FALSE(fs.makeDir("d", true));
   EXPECT_TRUE(fs.makePath("/p/q/", true));
+  EXPECT_TRUE(fs.makePath("/pp/qq", true));
   EXPECT_TRUE(fs.exists("d", true));
   EXPECT_TRUE(fs.exists(root + "/p/q", false));
+  EXPECT_TRUE(fs.exists("pp/qq", true));
+  EXPECT_FALSE(fs.exists("pp/q", true));
   EXPECT_FALSE(fs.exists("d", false));
   write("d/f", "data");
   chmod((root + "/d/f").c_str(), 0640);

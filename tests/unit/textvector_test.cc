@@ -18,6 +18,7 @@ TEST_F(TextVectorTest, FilesLoadAsTheLineReaderCutsThemAndSaveWithALineFeedEach)
     Lines lines;
   } rows[] = {{"", {}},
               {"\n", {""}},
+              {"\r\n", {""}},
               {"a\r\nb\rc\n\r\r\nlast", {"a", "b\rc", "\r", "last"}},
               {std::string("x\0y\nz\n", 6), {"x", "z"}},
               {x + "\n", {x.substr(0, 1023), x.substr(1023, 1023), x.substr(2046)}},
