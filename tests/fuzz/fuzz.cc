@@ -1,5 +1,6 @@
 // One fuzz target for the parsers of outside input: the first byte picks the parser, the rest
-// is its input, written to a file for those that read files. Besides crashes and undefined
+// is its input, written to a file for those that read files (a command line takes its lines
+// as words). Besides crashes and undefined
 // behaviour it checks that lines are cut as fgets into a 1024-byte buffer cuts them, and that
 // a record's listed files are what a full read lists from its first "FILE LIST:" line, and
 // that an index that reads writes itself back as it reads.
@@ -7,10 +8,13 @@
 
 #include <cstdio>
 #include <string>
+#include <vector>
 
+#include "args.h"
 #include "configfile.h"
 #include "linklines.h"
 #include "packagename.h"
+#include "lang.h"
 #include "packagerecord.h"
 #include "repoindex.h"
 #include "signature.h"
@@ -64,7 +68,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   PackageName name;
   TagFile tags;
   ConfigFile config;
-  switch (data[0] % 5) {
+  Args args;
+  std::vector<char*> words;
+  switch (data[0] % 7) {
     case 0:
       linesAsFgetsCutsThem(path.c_str(), lines);
       break;
@@ -84,6 +90,16 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
       Signature::readSecretKey(text);
       if (const auto key = Signature::readPublicKey(text)) Signature::verify(text, text, *key);
       Signature::verify(text, text, Signature::PublicKey());
+      break;
+    case 5:
+      Lang::instance().load(path);
+      Lang::instance().get(text.substr(0, text.find('=')).c_str(), "a");
+      break;
+    case 6:
+      args.addOption("root", true);
+      args.addOption("i", false);
+      for (unsigned i = 0; i < lines.size(); ++i) words.push_back(lines[i]);
+      if (args.parse(static_cast<int>(words.size()), words.data())) args.getValue("root");
       break;
   }
   unlink(path.c_str());

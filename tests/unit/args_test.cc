@@ -42,8 +42,8 @@ TEST(Args, ParseTellsOptionsFromOneRunOfWords) {
   for (const auto& row : rows) {
     Args args;
     EXPECT_EQ(parse(args, row.argv), row.ok) << row.argv.back();
-    EXPECT_EQ((Words{args.getValue("root"), args.getProgramName()}),
-              (Words{row.root, row.program}));
+    EXPECT_EQ(args.getValue("root"), row.root) << row.argv.back();
+    EXPECT_EQ(args.getProgramName(), row.program) << row.argv.back();
     EXPECT_EQ(args.getArguments(), row.arguments) << row.argv.back();
   }
 }
@@ -51,15 +51,21 @@ TEST(Args, ParseTellsOptionsFromOneRunOfWords) {
 TEST(Args, TheTableAnswersWhatWasGivenAndWhatIsAllowed) {
   Args args;
   parse(args, {"zet", "-f", "w1", "w2", "w3"});
-  EXPECT_TRUE(args.optionExists("f", true) && args.optionExists("i", false));
-  EXPECT_FALSE(args.optionExists("i", true) || args.optionExists("x", false) ||
-               args.getOption("f").takesValue);
-  EXPECT_TRUE(args.onlyAllowed({"i", "f"}) && !args.onlyAllowed({"i", "root"}));
+  EXPECT_TRUE(args.optionExists("f", true));
+  EXPECT_TRUE(args.optionExists("i", false));
+  EXPECT_FALSE(args.optionExists("i", true));
+  EXPECT_FALSE(args.optionExists("x", false));
+  EXPECT_FALSE(args.getOption("f").takesValue);
+  EXPECT_TRUE(args.onlyAllowed({"i", "f"}));
+  EXPECT_FALSE(args.onlyAllowed({"i", "root"}));
   args.removeArgument(3);
   args.removeArgument(1);
   EXPECT_EQ(args.getArguments(), (Words{"w1", "w3"}));
-  EXPECT_EQ(Args::optionName("--ab") + Args::optionName("-c") + Args::optionName("d"), "abc");
+  EXPECT_EQ(Args::optionName("--ab"), "ab");
+  EXPECT_EQ(Args::optionName("-c"), "c");
+  EXPECT_EQ(Args::optionName("d"), "");
   args.clear();
   EXPECT_FALSE(args.optionExists("f", false));
-  EXPECT_EQ(args.getProgramName() + std::to_string(args.getArguments().size()), "0");
+  EXPECT_EQ(args.getProgramName(), "");
+  EXPECT_EQ(args.getArguments(), Words{});
 }

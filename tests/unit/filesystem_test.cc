@@ -28,13 +28,17 @@ TEST(FileSystem, NamesAreCutAsText) {
 
 // exists, list and remove take a path as it stands unless it is under the root; makeDir,
 // makePath and copy put "/" in front of it.
-TEST_F(FileSystemTest, PathsFollowTheirRuleAndLinksAreFollowed) {
+TEST_F(FileSystemTest, PathsFollowTheirRule) {
   FileSystem& fs = FileSystem::instance();
   const std::string relative = root.substr(1);
   EXPECT_TRUE(fs.makeDir(relative + "/d", false));
   EXPECT_FALSE(fs.makeDir("d", true));
   EXPECT_TRUE(fs.makePath("/p/q/", true));
-  EXPECT_TRUE(fs.exists("d", true) && fs.exists(root + "/p/q", false) && fs.exists("p/q", true));
+  EXPECT_TRUE(fs.makePath("/pp/qq", true));
+  EXPECT_TRUE(fs.exists("d", true));
+  EXPECT_TRUE(fs.exists(root + "/p/q", false));
+  EXPECT_TRUE(fs.exists("pp/qq", true));
+  EXPECT_FALSE(fs.exists("pp/q", true));
   EXPECT_FALSE(fs.exists("d", false));
   write("d/f", "data");
   chmod((root + "/d/f").c_str(), 0640);
@@ -43,19 +47,21 @@ TEST_F(FileSystemTest, PathsFollowTheirRuleAndLinksAreFollowed) {
   symlink((root + "/ext").c_str(), (root + "/p/up").c_str());
   symlink("nowhere", (root + "/dangling").c_str());
   EXPECT_FALSE(fs.exists("dangling", true));
-  EXPECT_TRUE(FileSystem::isDirectory(root + "/p/up") && !FileSystem::isDirectory(root + "/d/f"));
+  EXPECT_TRUE(FileSystem::isDirectory(root + "/p/up"));
+  EXPECT_FALSE(FileSystem::isDirectory(root + "/d/f"));
 
   EXPECT_TRUE(fs.copy("d/copy", "d/link", false, true));
   EXPECT_FALSE(fs.copy("d/copy", "d/f", false, true));
   EXPECT_FALSE(fs.copy(relative + "/d/c2", relative + "/none", true, false));
   EXPECT_FALSE(fs.copy("d/copy", relative + "/d/f", false, false));
+  EXPECT_FALSE(fs.copy("none/copy", "d/f", true, true));
+  EXPECT_EQ(read(root + "/d/copy"), "data");
   struct stat status;
   stat((root + "/d/copy").c_str(), &status);
-  EXPECT_EQ(read(root + "/d/copy") + std::to_string(status.st_mode & 0777), "data416");
+  EXPECT_EQ(status.st_mode & 0777, 0640u);
   const std::string big(25000, 'b');
   write("big", big);
-  EXPECT_TRUE(fs.copy("d/big", "big", true, true) &&
-              fs.copy("d/empty", "d/none", true, true) == false);
+  EXPECT_TRUE(fs.copy("d/big", "big", true, true));
   EXPECT_EQ(read(root + "/d/big"), big);
 
   EXPECT_TRUE(fs.list("d", true));

@@ -1,5 +1,6 @@
 // A test whose installation root is a fresh folder that also holds the run's temporary area;
-// the root goes back to "/" and the folder away when the test ends.
+// the root goes back to "/" and the folder away when the test ends, which must leave no more
+// descriptors open than it found.
 #ifndef ZET_TESTS_SCRATCH_H
 #define ZET_TESTS_SCRATCH_H
 
@@ -16,6 +17,11 @@
 
 using Lines = std::vector<std::string>;
 
+inline size_t openDescriptors() {
+  auto entries = std::filesystem::directory_iterator("/proc/self/fd");
+  return std::distance(begin(entries), end(entries));
+}
+
 inline Lines linesOf(const TextVector& vector) {
   Lines lines;
   for (unsigned i = 0; i < vector.size(); ++i) lines.push_back(vector[i]);
@@ -29,8 +35,10 @@ class Scratch : public ::testing::Test {
     FileSystem::instance().setRoot(root = mkdtemp(pattern));
     TempArea::instance().create(pattern, "zet-");
     std::filesystem::create_directory(TempArea::instance().getPath());
+    descriptors = openDescriptors();
   }
   void TearDown() override {
+    EXPECT_EQ(openDescriptors(), descriptors);
     FileSystem::instance().setRoot("/");
     std::filesystem::remove_all(root);
   }
@@ -48,6 +56,7 @@ class Scratch : public ::testing::Test {
   }
 
   std::string root;
+  size_t descriptors;
 };
 
 #endif
