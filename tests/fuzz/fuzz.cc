@@ -12,9 +12,9 @@
 
 #include "args.h"
 #include "configfile.h"
+#include "lang.h"
 #include "linklines.h"
 #include "packagename.h"
-#include "lang.h"
 #include "packagerecord.h"
 #include "repoindex.h"
 #include "signature.h"
