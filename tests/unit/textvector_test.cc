@@ -1,5 +1,7 @@
 #include "textvector.h"
 
+#include <cstdlib>
+
 #include "scratch.h"
 
 using TextVectorTest = Scratch;
@@ -55,8 +57,11 @@ TEST(TextVector, SplittingAndEditingKeepOrderAndCompareWholeStrings) {
   vector.erase(4);
   vector.erase(1);
   EXPECT_EQ(linesOf(vector), (Lines{"ab", "ab", ""}));
+  char* const dropped = vector[2];
   EXPECT_TRUE(vector.removeAll(vectorOf({"", "x"})));
   EXPECT_EQ(linesOf(vector), (Lines{"ab", "ab"}));
+  // A removed string is abandoned, not freed: a caller may still hold it.
+  free(dropped);
   TextVector some = vectorOf({"c", "d", "c"});
   some.pop_back();
   some.push_back("xyz", 2);
