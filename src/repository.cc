@@ -16,6 +16,7 @@ constexpr const char* CONFIG_FILE = "/etc/zet/repos";
 constexpr const char* KEYS_DIR = "/etc/zet/keys";
 constexpr const char* KEPT_DIR = "/var/lib/zet/repos";
 constexpr const char* CACHE_DIR = "/var/cache/zet";
+constexpr const char* LOCK_FILE = "/var/lib/zet/lock";
 constexpr const char* INDEX_FILE = "INDEX";
 constexpr const char* SIGNATURE_FILE = "INDEX.minisig";
 constexpr const char* PARTIAL_EXTENSION = ".part";
@@ -79,6 +80,10 @@ std::string Repositories::keptIndexPath(const std::string& name) const {
 
 std::string Repositories::cacheDir() const {
   return root + CACHE_DIR;
+}
+
+std::string Repositories::lockPath() const {
+  return root + LOCK_FILE;
 }
 
 std::optional<Repositories::Fetched> Repositories::verified(const std::string& mirror,
