@@ -315,7 +315,7 @@ int run(const std::vector<std::string>& words) {
   return WEXITSTATUS(status);
 }
 
-// Tells what stops the plan; false when nothing does.
+// Tells what stops the plan, and that there is nothing to do; true in both cases.
 bool stopped(const InstallPlan& plan) {
   for (const InstallPlan::Finding& finding : plan.findings) {
     switch (finding.problem) {
