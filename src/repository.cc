@@ -137,9 +137,12 @@ bool Repositories::update(const RepoConfig::Repo& repo, std::vector<Failure>& fa
     failures.push_back({Failure::NoKey, keyPath(repo.name), ""});
     return false;
   }
-  std::vector<Failure> ignored;
-  const std::vector<Kept> before = kept({repo}, ignored);
-  const uint64_t keptSerial = before[0].index ? before[0].index->serial : 0;
+  // The kept index goes again before the new one comes: only its serial is needed.
+  const uint64_t keptSerial = [&]() {
+    std::vector<Failure> ignored;
+    const std::vector<Kept> before = kept({repo}, ignored);
+    return before[0].index ? before[0].index->serial : 0;
+  }();
   for (const std::string& mirror : repo.urls) {
     const std::optional<Fetched> fetched = verified(mirror, *key, keptSerial, failures);
     if (!fetched) continue;
