@@ -47,6 +47,10 @@ int progressOf(void* user, curl_off_t total, curl_off_t now, curl_off_t, curl_of
 
 }  // namespace
 
+bool Download::setUp() {
+  return curl_global_init(CURL_GLOBAL_DEFAULT) == CURLE_OK;
+}
+
 Download::Result Download::run(const std::string& url, uint64_t offset, uint64_t limit,
                                const std::function<bool(const char*, size_t)>& sink,
                                const Progress& progress) {

@@ -43,6 +43,7 @@ enum GetExit : int {
   GetExitNotFound = 3,              // a named package is in no index, or a pattern matched none
   GetExitFailed = 4,                // a repository or a download failed: network, server, disk
   GetExitUnverified = 5,            // a signature, key, serial, size, checksum or index was refused
+  GetExitToolFailed = 6,            // installzet or upgradezet failed halfway through a plan
   GetExitNotRoot = ZetExitNotRoot,  // a change was asked for by a user who is not root
   GetExitBadCommandLine = ZetExitBadCommandLine,  // the command line was refused
 };

@@ -51,9 +51,13 @@ std::vector<std::string> wordsOf(const std::string& text) {
   return words;
 }
 
-// Splits the text into stanzas; false, with the line in `finding`, on a line that is not
-// a key, a colon and a value. Of a key given twice in a stanza the first counts.
-bool stanzasOf(const std::string& text, std::vector<Stanza>& stanzas, RepoIndex::Finding& finding) {
+// Hands each stanza of the text to `take` in turn, holding one at a time, so that a large
+// index is never held twice; false, with the line in `finding`, on a line that is not a key,
+// a colon and a value, or when `take` refuses a stanza. Of a key given twice in a stanza the
+// first counts.
+template <typename Take>
+bool eachStanza(const std::string& text, RepoIndex::Finding& finding, Take take) {
+  Stanza stanza;
   bool open = false;
   unsigned number = 0;
   for (size_t start = 0; start < text.size();) {
@@ -63,6 +67,7 @@ bool stanzasOf(const std::string& text, std::vector<Stanza>& stanzas, RepoIndex:
     start = end + 1;
     ++number;
     if (line.empty()) {
+      if (open && !take(stanza)) return false;
       open = false;
       continue;
     }
@@ -71,12 +76,29 @@ bool stanzasOf(const std::string& text, std::vector<Stanza>& stanzas, RepoIndex:
       finding = {RepoIndex::BadLine, number, line};
       return false;
     }
-    if (!open) stanzas.push_back({number, {}});
+    if (!open) stanza = {number, {}};
     open = true;
     const size_t value = line.find_first_not_of(' ', colon + 1);
-    stanzas.back().fields.emplace(line.substr(0, colon),
-                                  value == std::string::npos ? "" : line.substr(value));
+    stanza.fields.emplace(line.substr(0, colon),
+                          value == std::string::npos ? "" : line.substr(value));
   }
+  return !open || take(stanza);
+}
+
+bool readHeader(const Stanza& stanza, RepoIndex& index, RepoIndex::Finding& finding) {
+  const std::string* format = stanza.get("Format");
+  if (!format || *format != FORMAT) {
+    finding = {RepoIndex::NoFormat, stanza.line, format ? *format : ""};
+    return false;
+  }
+  const std::optional<uint64_t> serial = numberOf(stanza.get("Serial"));
+  const std::optional<uint64_t> date = numberOf(stanza.get("Date"));
+  if (!serial || !date) {
+    finding = {RepoIndex::BadSerial, stanza.line, ""};
+    return false;
+  }
+  index.serial = *serial;
+  index.date = *date;
   return true;
 }
 
@@ -129,26 +151,15 @@ bool RepoIndex::plainPackageFile(const std::string& file) {
 }
 
 std::optional<RepoIndex> RepoIndex::read(const std::string& text, Finding& finding) {
-  std::vector<Stanza> stanzas;
-  if (!stanzasOf(text, stanzas, finding)) return std::nullopt;
-  const std::string* format = stanzas.empty() ? nullptr : stanzas[0].get("Format");
-  if (!format || *format != FORMAT) {
-    finding = {NoFormat, stanzas.empty() ? 1 : stanzas[0].line, format ? *format : ""};
-    return std::nullopt;
-  }
   RepoIndex index;
-  const std::optional<uint64_t> serial = numberOf(stanzas[0].get("Serial"));
-  const std::optional<uint64_t> date = numberOf(stanzas[0].get("Date"));
-  if (!serial || !date) {
-    finding = {BadSerial, stanzas[0].line, ""};
-    return std::nullopt;
-  }
-  index.serial = *serial;
-  index.date = *date;
-  index.entries.resize(stanzas.size() - 1);
-  for (size_t i = 1; i < stanzas.size(); ++i) {
-    if (!readEntry(stanzas[i], index.entries[i - 1], finding)) return std::nullopt;
-  }
+  bool headed = false;
+  const bool good = eachStanza(text, finding, [&](const Stanza& stanza) {
+    if (!headed) return headed = readHeader(stanza, index, finding);
+    index.entries.emplace_back();
+    return readEntry(stanza, index.entries.back(), finding);
+  });
+  if (good && !headed) finding = {NoFormat, 1, ""};
+  if (!good || !headed) return std::nullopt;
   return index;
 }
 

@@ -16,6 +16,7 @@ constexpr const char* CONFIG_FILE = "/etc/zet/repos";
 constexpr const char* KEYS_DIR = "/etc/zet/keys";
 constexpr const char* KEPT_DIR = "/var/lib/zet/repos";
 constexpr const char* CACHE_DIR = "/var/cache/zet";
+constexpr const char* LOCK_FILE = "/var/lib/zet/lock";
 constexpr const char* INDEX_FILE = "INDEX";
 constexpr const char* SIGNATURE_FILE = "INDEX.minisig";
 constexpr const char* PARTIAL_EXTENSION = ".part";
@@ -81,6 +82,10 @@ std::string Repositories::cacheDir() const {
   return root + CACHE_DIR;
 }
 
+std::string Repositories::lockPath() const {
+  return root + LOCK_FILE;
+}
+
 std::optional<Repositories::Fetched> Repositories::verified(const std::string& mirror,
                                                             const Signature::PublicKey& key,
                                                             uint64_t keptSerial,
@@ -132,9 +137,12 @@ bool Repositories::update(const RepoConfig::Repo& repo, std::vector<Failure>& fa
     failures.push_back({Failure::NoKey, keyPath(repo.name), ""});
     return false;
   }
-  std::vector<Failure> ignored;
-  const std::vector<Kept> before = kept({repo}, ignored);
-  const uint64_t keptSerial = before[0].index ? before[0].index->serial : 0;
+  // The kept index goes again before the new one comes: only its serial is needed.
+  const uint64_t keptSerial = [&]() {
+    std::vector<Failure> ignored;
+    const std::vector<Kept> before = kept({repo}, ignored);
+    return before[0].index ? before[0].index->serial : 0;
+  }();
   for (const std::string& mirror : repo.urls) {
     const std::optional<Fetched> fetched = verified(mirror, *key, keptSerial, failures);
     if (!fetched) continue;

@@ -56,6 +56,8 @@ class Repositories {
   std::string keyPath(const std::string& name) const;
   std::string keptIndexPath(const std::string& name) const;
   std::string cacheDir() const;
+  // The lock that one run at a time holds while it changes what is kept or installed.
+  std::string lockPath() const;
 
   // Fetches, checks and keeps `repo`'s index from the first mirror that gives a good one;
   // every mirror that failed leaves a Failure. True when the index was replaced.

@@ -242,4 +242,93 @@ row "removezet --nodeps, $n packages in one run, on /" "$zxm" "1.00"
 row "  (a) floor: rm -rf of the floor folder" "$axm" "$(ratio "$zxm" "$axm")"
 row "  (c) dpkg --purge of the $n packages, one run" "$dxm" "$(ratio "$zxm" "$dxm")"
 
+# --- 3. getzet: installing the corpus from a repository over HTTP, and a large index ----
+# A signed repository of the corpus, served on 127.0.0.1 by a threaded server on a free port.
+log "getzet: a repository of the corpus"
+mkdir -p "$W/repo/corpus" /etc/zet/keys
+cp "${pkgs[@]}" "$W/repo/corpus/"
+makezet --new-key "$W/k" >/dev/null
+makezet --index "$W/repo/corpus" --sign "$W/k.key" >/dev/null
+python3 -c '
+import functools, http.server, sys
+handler = functools.partial(http.server.SimpleHTTPRequestHandler, directory=sys.argv[1])
+handler.func.log_message = lambda *args: None
+server = http.server.ThreadingHTTPServer(("127.0.0.1", 0), handler)
+open(sys.argv[2], "w").write(str(server.server_port))
+server.serve_forever()' "$W/repo" "$W/port" &
+server=$!
+trap 'kill $server 2>/dev/null || true' EXIT
+for i in $(seq 50); do [[ ! -s "$W/port" ]] || break; sleep 0.1; done
+url=http://127.0.0.1:$(cat "$W/port")
+cp "$W/k.pub" /etc/zet/keys/bench.pub
+echo "bench $url/corpus/" >/etc/zet/repos
+getzet --update >/dev/null
+# What the corpus needs from outside it counts as installed: a record each, no files.
+mapfile -t shorts < <(sed -n 's/^Name: //p' "$W/repo/corpus/INDEX")
+sed -n 's/^Deps: //p' "$W/repo/corpus/INDEX" | tr ' ' '\n' | sort -u |
+  grep -vxF -f <(printf '%s\n' "${shorts[@]}") >"$W/outside" || true
+while read -r dep; do
+  printf 'PACKAGE NAME:     %s-1-noarch-1\nFILE LIST:\n' "$dep" >"/var/log/packages/$dep-1-noarch-1"
+done <"$W/outside"
+# The floor: curl of each file one after another, sha256sum, and the installzet commands
+# that getzet runs, in its order.
+LANG=C getzet --install --dry-run "${shorts[@]}" >"$W/plan"
+grep -c '^Would run installzet' "$W/plan" | grep -qx "${#pkgs[@]}" || { log "plan incomplete"; exit 1; }
+rf=$W/row-floor.sh
+sed -n 's|^Would fetch \([^ ]*\) \(.*\)|curl -sfo '"$W"'/fl/\2 \1\2 \&\& sha256sum '"$W"'/fl/\2 >/dev/null|p' \
+  "$W/plan" >"$rf"
+sed -n 's|^Would run installzet /var/cache/zet/\(.*\)|installzet '"$W"'/fl/\1 >/dev/null 2>\&1|p' "$W/plan" >>"$rf"
+undo_install() {
+  LANG=C removezet --nodeps "${fulls[@]}" >/dev/null 2>&1
+  [[ $(ls /var/log/packages | wc -l) == $(wc -l <"$W/outside") ]] || { log "removal incomplete"; exit 1; }
+  getzet --clean
+  rm -rf "$W/fl"
+}
+installed_all() {
+  [[ $(ls /var/log/packages | wc -l) == $((${#pkgs[@]} + $(wc -l <"$W/outside"))) ]] ||
+    { log "$1 installed too little"; exit 1; }
+}
+g1=() g4=() gf=()
+for ((r = 1; r <= runs; r++)); do
+  log "getzet: run $r of $runs"
+  sync; t=$(now); LANG=C getzet --install --jobs 1 "${shorts[@]}" >/dev/null 2>&1; g1+=("$(ms "$t")")
+  installed_all "getzet --jobs 1"; undo_install
+  sync; t=$(now); LANG=C getzet --install "${shorts[@]}" >/dev/null 2>&1; g4+=("$(ms "$t")")
+  installed_all "getzet"; undo_install
+  mkdir "$W/fl"
+  sync; t=$(now); LANG=C sh -e "$rf"; gf+=("$(ms "$t")")
+  installed_all "the floor"; undo_install
+done
+g1m=$(median "${g1[@]}") g4m=$(median "${g4[@]}") gfm=$(median "${gf[@]}")
+row "getzet --install --jobs 1, $n packages over HTTP" "$g1m" "$(ratio "$g1m" "$gfm")"
+row "getzet --install (4 jobs), $n packages over HTTP" "$g4m" "$(ratio "$g4m" "$gfm")"
+row "  floor: curl, sha256sum, installzet of each" "$gfm" "1.00"
+
+# An index of 10,000 stanzas, signed with a key of the minisign tool, updated under a root of
+# its own.
+log "getzet: an index of 10,000 stanzas"
+mkdir -p "$W/repo/big" "$W/u/etc/zet/keys"
+awk 'BEGIN {
+  print "Format: zet-index 1\nSerial: 1\nDate: 0"
+  for (i = 0; i < 10000; i++) {
+    printf "\nName: zb-%05d\nFile: zb-%05d-1.0-noarch-1.tgz\nSize: %d\n", i, i, 10000 + i
+    printf "SHA256: %064x\nBuild: 22112026\nDeps: zb-%05d perl\n", i, (i + 1) % 10000
+    printf "Description: synthetic package %d of the large index\n", i
+  }
+}' >"$W/repo/big/INDEX"
+minisign -G -W -p "$W/u/etc/zet/keys/big.pub" -s "$W/u.key" >/dev/null
+minisign -S -s "$W/u.key" -m "$W/repo/big/INDEX" >/dev/null
+echo "big $url/big/" >"$W/u/etc/zet/repos"
+gu=()
+for ((r = 1; r <= runs; r++)); do
+  sync; t=${EPOCHREALTIME/./}
+  getzet --root "$W/u" --update >/dev/null || { log "getzet --update failed"; exit 1; }
+  gu+=("$(awk -v us=$((${EPOCHREALTIME/./} - t)) 'BEGIN { printf "%.1f", us / 1000 }')")
+done
+/usr/bin/time -v -o "$W/time-u" getzet --root "$W/u" --update >/dev/null
+rssu=$(awk -F': ' '/Maximum resident set size/{print $2}' "$W/time-u")
+row "getzet --update, an index of 10,000 stanzas over HTTP" "$(median "${gu[@]}")" ""
+row "  peak memory of getzet --update (max RSS, KiB)" "$rssu" ""
+kill $server
+
 print_table

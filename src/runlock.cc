@@ -1,0 +1,50 @@
+#include "runlock.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <unistd.h>
+
+#include <filesystem>
+
+#include "smallfile.h"
+
+namespace {
+
+constexpr uint64_t HOLDER_LIMIT = 32;
+
+}  // namespace
+
+RunLock::~RunLock() {
+  if (file >= 0) close(file);
+}
+
+bool RunLock::open() {
+  if (file >= 0) return true;
+  std::error_code ignored;
+  std::filesystem::create_directories(path.substr(0, path.rfind('/')), ignored);
+  file = ::open(path.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC, 0644);
+  return file >= 0;
+}
+
+void RunLock::sign() {
+  const std::string pid = std::to_string(getpid()) + "\n";
+  if (ftruncate(file, 0) != 0 || pwrite(file, pid.data(), pid.size(), 0) < 0) return;
+}
+
+bool RunLock::tryTake() {
+  if (!open() || flock(file, LOCK_EX | LOCK_NB) != 0) return false;
+  sign();
+  return true;
+}
+
+bool RunLock::take() {
+  if (!open() || flock(file, LOCK_EX) != 0) return false;
+  sign();
+  return true;
+}
+
+std::string RunLock::holder() const {
+  std::string text;
+  if (!SmallFile::read(path, HOLDER_LIMIT, text)) return "";
+  return text.substr(0, text.find('\n'));
+}
