@@ -10,7 +10,6 @@ TEST(PackageName, ParseSplitsNameVersionArchitectureAndBuild) {
   } rows[] = {
       {"foo-1.2-i486-1", true, {"foo", "1.2", "i486", "1"}},
       {"foo-bar-1.2-i486-1", true, {"foo-bar", "1.2", "i486", "1"}},
-      {"foo-bar-2-i486-1", true, {"foo-bar", "2", "i486", "1"}},
       {"foo-2-bar-i486-1", true, {"foo-2", "bar", "i486", "1"}},
       {"foo-1.2-rc1-i486-1", true, {"foo", "1.2rc1", "i486", "1"}},
       {"foo-1.2-pre-3-i486-1", true, {"foo", "1.2-pre3", "i486", "1"}},
