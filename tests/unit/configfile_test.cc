@@ -12,7 +12,6 @@ TEST_F(ConfigFileTest, ReadTakesAssignmentsAsTheAccumulatingTokensAllow) {
     const char* key;
     const char* value;
   } rows[] = {
-      {"[zet]\ndeps=yes\n", "zet", "deps", "yes"},
       {"deps=yes\n", "", "deps", "yes"},
       {"deps=yes\n", "zet", "deps", ""},
       {"[a]\nx=1\n[a]\n", "a", "x", ""},
