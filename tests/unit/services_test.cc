@@ -1,4 +1,3 @@
-// The small services: the temporary area's numbers, build stamps and the dependency store.
 #include <regex>
 
 #include "dependencystore.h"
