@@ -33,3 +33,11 @@ TEST_F(MessagesTest, PrintersComplainAboutWrongCounts) {
             "\033[1;0mThis Message should not be here\n\033[1;0m"
             "\033[1;0m\033[1;0mAbout:\na: one\n\n\033[1;0m\033[1;0m");
 }
+
+TEST(Messages, TheColourTableHoldsSixteenEscapes) {
+  const char* const codes[] = {"1;37", "1;31", "0;31", "1;32", "0;34", "0;32", "0;36", "0;35",
+                               "0;33", "0;37", "1;30", "1;34", "1;36", "1;35", "1;33", "1;0"};
+  for (Color color = 0; color < 16; ++color)
+    EXPECT_EQ(colorEscape(color), std::string("\033[") + codes[color] + "m") << color;
+  EXPECT_EQ(colorEscape(16), "");
+}
