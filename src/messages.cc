@@ -150,10 +150,6 @@ bool messageTakes(MessageType type, unsigned count) {
 
 }  // namespace
 
-std::string colorEscape(Color color) {
-  return color < COLOR_COUNT ? COLOR_ESCAPES[color] : std::string();
-}
-
 void setColors(Color error, Color warning, Color message) {
   if (error < COLOR_COUNT) errorColor = COLOR_ESCAPES[error];
   if (warning < COLOR_COUNT) warningColor = COLOR_ESCAPES[warning];

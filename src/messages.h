@@ -76,8 +76,6 @@ extern std::string warningColor;
 extern std::string messageColor;
 extern const std::string resetColor;
 
-// The escape of a colour index below 16.
-std::string colorEscape(Color color);
 // Each index below 16 replaces that family's colour; 16 or more leaves it alone.
 void setColors(Color error, Color warning, Color message);
 

@@ -37,7 +37,10 @@ TEST_F(MessagesTest, PrintersComplainAboutWrongCounts) {
 TEST(Messages, TheColourTableHoldsSixteenEscapes) {
   const char* const codes[] = {"1;37", "1;31", "0;31", "1;32", "0;34", "0;32", "0;36", "0;35",
                                "0;33", "0;37", "1;30", "1;34", "1;36", "1;35", "1;33", "1;0"};
-  for (Color color = 0; color < 16; ++color)
-    EXPECT_EQ(colorEscape(color), std::string("\033[") + codes[color] + "m") << color;
-  EXPECT_EQ(colorEscape(16), "");
+  const std::string kept = errorColor;
+  for (Color color = 0; color < 16; ++color) {
+    setColors(color, 16, 16);
+    EXPECT_EQ(errorColor, std::string("\033[") + codes[color] + "m") << color;
+  }
+  errorColor = kept;
 }
