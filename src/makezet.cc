@@ -115,6 +115,8 @@ const char* keyOf(TreeFinding::Kind kind) {
       return "MakeLinkInControlFiles";
     case TreeFinding::LinkUnusable:
       return "MakeLinkUnusable";
+    case TreeFinding::LinkOverOwnDirectory:
+      return "MakeLinkOverOwnDirectory";
     case TreeFinding::LinkOverSystemPath:
       return "MakeLinkOverSystemPath";
     case TreeFinding::BadDescription:

@@ -118,6 +118,7 @@ bool PackageTree::read(const std::string& dir, const std::string& shortName,
   warnings.clear();
   links.clear();
   walk("");
+  checkOwnLinkLines();
   addControlFiles(stamp);
   checkDescriptions(shortName);
   std::stable_sort(members.begin(), members.end(),
@@ -228,6 +229,24 @@ ArchiveMember& PackageTree::controlFile(const std::string& name) {
   }
   members.push_back({name, false, CONTROL_MODE, "", ""});
   return members.back();
+}
+
+// The tree's own doinst.sh may hold link lines too, and each begins with "rm -rf" on its
+// path: at a directory that the package itself brings, it would delete that on install.
+void PackageTree::checkOwnLinkLines() {
+  for (const ArchiveMember& member : members) {
+    if (member.name != DOINST_MEMBER || member.source.empty()) continue;
+    const FileList paths = LinkLines::read(TextFile(member.source.c_str()));
+    for (unsigned i = 0; i < paths.size(); ++i) {
+      const std::string path = startsWith(paths[i], "./") ? paths[i] + 2 : paths[i];
+      for (const ArchiveMember& other : members) {
+        if (other.directory && other.name == path + "/") {
+          problems.push_back({TreeFinding::LinkOverOwnDirectory, path, ""});
+        }
+      }
+    }
+    return;
+  }
 }
 
 void PackageTree::addControlFiles(const std::string& stamp) {

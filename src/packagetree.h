@@ -28,18 +28,19 @@ struct ArchiveMember {
 // Something in a tree that refuses it as a package, or that its maker should hear of.
 struct TreeFinding {
   enum Kind {
-    Unreadable,           // a directory or file could not be read (path: as on the disk)
-    BlankInPath,          // a path holds a blank, a tab or a line end
-    EscapedPath,          // a path holds a byte that tar lists escaped
-    PathTooLong,          // a path would not come back as one line of the package's record
-    UnsupportedType,      // neither directory, file nor link; or install/ is no directory
-    LinkInControlFiles,   // a symbolic link inside install/ or in its place
-    LinkUnusable,         // a link whose doinst.sh lines would not work (detail: its target)
-    LinkOverSystemPath,   // a link where systems keep a directory, which its lines would delete
-    BadDescription,       // a description line without the short name (detail: the line)
-    NoDescription,        // warning: there is no install/slack-desc
-    SystemLinkDirectory,  // warning: a top-level directory that is a link on many systems
-    LinkToDirectory,      // warning: a link to a directory, which a removal cannot take away
+    Unreadable,            // a directory or file could not be read (path: as on the disk)
+    BlankInPath,           // a path holds a blank, a tab or a line end
+    EscapedPath,           // a path holds a byte that tar lists escaped
+    PathTooLong,           // a path would not come back as one line of the package's record
+    UnsupportedType,       // neither directory, file nor link; or install/ is no directory
+    LinkInControlFiles,    // a symbolic link inside install/ or in its place
+    LinkUnusable,          // a link whose doinst.sh lines would not work (detail: its target)
+    LinkOverSystemPath,    // a link where systems keep a directory, which its lines would delete
+    LinkOverOwnDirectory,  // a link line of the tree's doinst.sh at a directory of the tree
+    BadDescription,        // a description line without the short name (detail: the line)
+    NoDescription,         // warning: there is no install/slack-desc
+    SystemLinkDirectory,   // warning: a top-level directory that is a link on many systems
+    LinkToDirectory,       // warning: a link to a directory, which a removal cannot take away
   };
   Kind kind;
   std::string path;
@@ -71,6 +72,7 @@ class PackageTree {
   void addEntry(const std::string& relative);
   bool pathReadsBack(const std::string& name);
   void addLink(const std::string& relative);
+  void checkOwnLinkLines();
   void addControlFiles(const std::string& stamp);
   ArchiveMember& controlFile(const std::string& name);
   void checkDescriptions(const std::string& shortName);
