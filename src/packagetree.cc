@@ -8,13 +8,13 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <fstream>
-#include <sstream>
+#include <cstdint>
 #include <string_view>
 
 #include "constants.h"
 #include "filesystem.h"
 #include "linklines.h"
+#include "smallfile.h"
 #include "textutil.h"
 #include "textvector.h"
 
@@ -91,13 +91,8 @@ bool leadsToDirectory(const std::string& root, const std::string& relative) {
   return directory;
 }
 
-bool readFile(const std::string& path, std::string& content) {
-  std::ifstream file(path, std::ios::binary);
-  std::ostringstream text;
-  text << file.rdbuf();
-  content = text.str();
-  return !file.bad() && file.is_open();
-}
+// Far above any script a package carries; SmallFile reads a file whole only up to a limit.
+constexpr uint64_t SCRIPT_LIMIT = uint64_t(1) << 30;
 
 // A line that a reader can tell for no description line: empty, a comment, or indented like
 // the ruler that description files often carry. Every other line must start with "name:".
@@ -263,7 +258,7 @@ void PackageTree::addControlFiles(const std::string& stamp) {
     // The lines go ahead of the tree's own script, which may use the links.
     ArchiveMember& doinst = controlFile(DOINST_MEMBER);
     std::string own;
-    if (!doinst.source.empty() && !readFile(doinst.source, own)) {
+    if (!doinst.source.empty() && !SmallFile::read(doinst.source, SCRIPT_LIMIT, own)) {
       problems.push_back({TreeFinding::Unreadable, doinst.source, ""});
     }
     doinst = {doinst.name, false, doinst.mode, "", script + own};

@@ -12,6 +12,7 @@
 #include <optional>
 #include <vector>
 
+#include "constants.h"
 #include "lang.h"
 #include "messages.h"
 #include "packagename.h"
@@ -27,7 +28,9 @@ constexpr const char* INDEX_FILE = "/INDEX";
 constexpr const char* SIGNATURE_EXTENSION = ".minisig";
 constexpr uint64_t CONTROL_LIMIT = 1 << 20;
 constexpr uint64_t INDEX_LIMIT = uint64_t(256) << 20;
-const char* const CONTROL_FILES[] = {"install/build", "install/deps", "install/slack-desc"};
+const std::string CONTROL_FILES[] = {std::string(zet::INSTALL_DIR_MEMBER) + zet::BUILD_FILE,
+                                     std::string(zet::INSTALL_DIR_MEMBER) + zet::DEPS_FILE,
+                                     std::string(zet::INSTALL_DIR_MEMBER) + zet::DESCRIPTION_FILE};
 
 RepoMaker::Status fail(RepoMaker::Status status, const std::string& sentence) {
   printError(sentence);
@@ -41,7 +44,7 @@ std::string trimmed(const std::string& text) {
 }
 
 // A control file as it was unpacked, unless it is a link or missing.
-std::string control(const std::string& dir, const char* name) {
+std::string control(const std::string& dir, const std::string& name) {
   const int file = open((dir + "/" + name).c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC);
   if (file < 0) return "";
   close(file);
@@ -57,7 +60,7 @@ bool readControl(const std::string& package, IndexEntry& entry) {
   if (mkdtemp(scratch) == nullptr) return false;
   std::vector<const char*> argv = {
       "tar", "-xzf", package.c_str(), "-C", scratch, "--no-same-owner", "--no-same-permissions"};
-  for (const char* name : CONTROL_FILES) argv.push_back(name);
+  for (const std::string& name : CONTROL_FILES) argv.push_back(name.c_str());
   argv.push_back(nullptr);
   posix_spawn_file_actions_t actions;
   posix_spawn_file_actions_init(&actions);
@@ -90,7 +93,7 @@ bool readControl(const std::string& package, IndexEntry& entry) {
     if (line.rfind(prefix, 0) == 0) entry.description = trimmed(line.substr(prefix.size()));
     start = end + 1;
   }
-  for (const char* name : CONTROL_FILES) unlink((dir + "/" + name).c_str());
+  for (const std::string& name : CONTROL_FILES) unlink((dir + "/" + name).c_str());
   rmdir((dir + "/install").c_str());
   rmdir(scratch);
   return ran && WIFEXITED(status) && WEXITSTATUS(status) != 127;
