@@ -6,8 +6,9 @@
 
 namespace {
 
-// Set once a plain word has been seen; a further plain word after an option is then refused.
-bool optionsAfterArgument = false;
+// Set once an option follows a plain word; a further plain word is then refused. parse()
+// resets it before it reads anything, so it needs no first value.
+bool optionsAfterArgument;
 
 }  // namespace
 
