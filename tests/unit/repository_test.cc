@@ -93,7 +93,8 @@ TEST(RepoConfig, KeepsGoodLinesAndListsTheOthers) {
   char path[] = "/tmp/zet-repos-XXXXXX";
   const int file = mkstemp(path);
   const std::string text =
-      "# c\nmain http://h/a file:///r # m\n\nb\nc ftp://h\nd/e http://h\nmain https://h\n";
+      "# c\nmain http://h/a file:///r # m\n\nb\nc ftp://hh\nd/e http://h\nmain https://h\n"
+      "-a http://h\n.b http://h\ne http://\n";
   ASSERT_EQ(write(file, text.data(), text.size()), ssize_t(text.size()));
   close(file);
   RepoConfig config;
@@ -101,7 +102,7 @@ TEST(RepoConfig, KeepsGoodLinesAndListsTheOthers) {
   unlink(path);
   ASSERT_EQ(config.repos.size(), 1u);
   EXPECT_EQ(config.repos[0].urls, (std::vector<std::string>{"http://h/a", "file:///r"}));
-  ASSERT_EQ(config.badLines.size(), 4u);
+  ASSERT_EQ(config.badLines.size(), 7u);
   EXPECT_EQ(config.badLines[0].line, 4u);
   EXPECT_FALSE(config.read(path));
 }
