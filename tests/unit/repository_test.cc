@@ -47,7 +47,7 @@ TEST(RepoIndex, RefusesEachBrokenStanzaWithItsLine) {
       {HEAD + stanza("x-2.0-b", "x-2.0-b-1-a-1.tgz"), RepoIndex::NameMismatch, 5},
       {HEAD + "Name: x\nFile: x-1-a-1.tgz\nSize:\n" + SUM, RepoIndex::NoSize, 5},
       {HEAD + "Name: x\nFile: x-1-a-1.tgz\nSize: 1k\n" + SUM, RepoIndex::NoSize, 5},
-      {HEAD + "Name: x\nFile: x-1-a-1.tgz\nSize: 1\n", RepoIndex::NoChecksum, 5},
+      {HEAD + "Name: x\nFile: x-1-a-1.tgz\nSize: 1\nSHA256: a\n", RepoIndex::NoChecksum, 5},
       {HEAD + "Name: x\nFile: x-1-a-1.tgz\nSize: 1\nSHA256: " + std::string(64, 'A'),
        RepoIndex::NoChecksum, 5},
       {HEAD + stanza("x", "x-1-a-1.tgz") + "Deps: a $(b)\n", RepoIndex::BadWord, 5},
