@@ -47,8 +47,8 @@ int progressOf(void* user, curl_off_t total, curl_off_t now, curl_off_t, curl_of
 
 }  // namespace
 
-bool Download::setUp() {
-  return curl_global_init(CURL_GLOBAL_DEFAULT) == CURLE_OK;
+void Download::setUp() {
+  curl_global_init(CURL_GLOBAL_DEFAULT);
 }
 
 Download::Result Download::run(const std::string& url, uint64_t offset, uint64_t limit,
@@ -78,7 +78,8 @@ Download::Result Download::run(const std::string& url, uint64_t offset, uint64_t
   curl_easy_setopt(curl, CURLOPT_NOPROGRESS, 0L);
   curl_easy_setopt(curl, CURLOPT_XFERINFOFUNCTION, progressOf);
   curl_easy_setopt(curl, CURLOPT_XFERINFODATA, &transfer);
-  if (offset > 0) curl_easy_setopt(curl, CURLOPT_RESUME_FROM_LARGE, curl_off_t(offset));
+  // From 0, no range is asked.
+  curl_easy_setopt(curl, CURLOPT_RESUME_FROM_LARGE, curl_off_t(offset));
   const CURLcode code = curl_easy_perform(curl);
   curl_easy_cleanup(curl);
   if (transfer.tooLarge) return TooLarge;

@@ -22,7 +22,7 @@ class Download {
   using Progress = std::function<void(uint64_t now, uint64_t total)>;
 
   // Sets libcurl up for the whole process; called once before transfers run in threads.
-  static bool setUp();
+  static void setUp();
   // At most `limit` bytes of `url` into `text`.
   Result toText(const std::string& url, uint64_t limit, std::string& text);
   // `url` onto the end of the open file `file`, up to `limit` bytes in all, resuming after

@@ -45,12 +45,13 @@ TEST(RepoIndex, RefusesEachBrokenStanzaWithItsLine) {
       {HEAD + stanza("x", "x-1-a.tgz"), RepoIndex::BadFile, 5},
       {HEAD + stanza("y", "x-1-a-1.tgz"), RepoIndex::NameMismatch, 5},
       {HEAD + stanza("x-2.0-b", "x-2.0-b-1-a-1.tgz"), RepoIndex::NameMismatch, 5},
-      {HEAD + "Name: x\nFile: x-1-a-1.tgz\n" + SUM, RepoIndex::NoSize, 5},
+      {HEAD + "Name: x\nFile: x-1-a-1.tgz\nSize:\n" + SUM, RepoIndex::NoSize, 5},
       {HEAD + "Name: x\nFile: x-1-a-1.tgz\nSize: 1k\n" + SUM, RepoIndex::NoSize, 5},
-      {HEAD + "Name: x\nFile: x-1-a-1.tgz\nSize: 1\n", RepoIndex::NoChecksum, 5},
+      {HEAD + "Name: x\nFile: x-1-a-1.tgz\nSize: 1\nSHA256: a\n", RepoIndex::NoChecksum, 5},
       {HEAD + "Name: x\nFile: x-1-a-1.tgz\nSize: 1\nSHA256: " + std::string(64, 'A'),
        RepoIndex::NoChecksum, 5},
       {HEAD + stanza("x", "x-1-a-1.tgz") + "Deps: a $(b)\n", RepoIndex::BadWord, 5},
+      {HEAD + stanza("x", "x-1-a-1.tgz") + "Build: $b\n", RepoIndex::BadWord, 5},
       {HEAD + stanza("x", "x-1-a-1.tgz") + "\n" + stanza("x", "x") + "\n", RepoIndex::BadFile, 10},
   };
   for (const auto& row : rows) {
@@ -93,7 +94,8 @@ TEST(RepoConfig, KeepsGoodLinesAndListsTheOthers) {
   char path[] = "/tmp/zet-repos-XXXXXX";
   const int file = mkstemp(path);
   const std::string text =
-      "# c\nmain http://h/a file:///r # m\n\nb\nc ftp://h\nd/e http://h\nmain https://h\n";
+      "# c\nmain http://h/a file:///r # m\n\nb\nc ftp://hh\nd/e http://h\nmain https://h\n"
+      "-a http://h\n.b http://h\ne http://\n";
   ASSERT_EQ(write(file, text.data(), text.size()), ssize_t(text.size()));
   close(file);
   RepoConfig config;
@@ -101,7 +103,7 @@ TEST(RepoConfig, KeepsGoodLinesAndListsTheOthers) {
   unlink(path);
   ASSERT_EQ(config.repos.size(), 1u);
   EXPECT_EQ(config.repos[0].urls, (std::vector<std::string>{"http://h/a", "file:///r"}));
-  ASSERT_EQ(config.badLines.size(), 4u);
+  ASSERT_EQ(config.badLines.size(), 7u);
   EXPECT_EQ(config.badLines[0].line, 4u);
   EXPECT_FALSE(config.read(path));
 }
