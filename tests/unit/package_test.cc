@@ -1,6 +1,10 @@
+#include "package.h"
+
 #include "linklines.h"
 #include "packagename.h"
 #include "scratch.h"
+
+using PackageTest = Scratch;
 
 TEST(PackageName, ParseSplitsNameVersionArchitectureAndBuild) {
   const struct {
@@ -48,4 +52,26 @@ TEST(Package, ScriptSymlinksReadTheRemovalLinesToTheirLimits) {
     script.push_back(row.line.c_str());
     EXPECT_EQ(linesOf(LinkLines::read(script)), row.links) << row.line.substr(0, 40);
   }
+}
+
+// A load that fails leaves nothing of the package loaded before it.
+TEST_F(PackageTest, ALoadStartsFromNothing) {
+  write("var/log/packages/a-1-x-1",
+        "PACKAGE NAME: a-1-x-1\nPACKAGE LOCATION: /a-1-x-1.tgz\n"
+        "COMPRESSED PACKAGE SIZE: 1 K\nFILE LIST:\nf\n");
+  for (const char* dir : {"scripts", "postinst", "deps", "build"})
+    write(std::string("var/log/") + dir + "/a-1-x-1", "x\n");
+  Package package;
+  EXPECT_TRUE(package.loadFromDatabase("a"));
+  EXPECT_FALSE(package.loadFromDatabase("b"));
+  EXPECT_EQ(package.name, "");
+  EXPECT_EQ(package.fullName, "");
+  EXPECT_EQ(package.location, "");
+  EXPECT_EQ(package.compressedSizeK, 0u);
+  EXPECT_EQ(package.files.size(), 0u);
+  EXPECT_EQ(package.doinstScript.size(), 0u);
+  EXPECT_EQ(package.postinstScript.size(), 0u);
+  EXPECT_EQ(package.deps.size(), 0u);
+  EXPECT_EQ(package.buildInfo.size(), 0u);
+  EXPECT_FALSE(package.fromDatabase);
 }
