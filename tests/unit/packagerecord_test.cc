@@ -38,8 +38,8 @@ TEST_F(PackageRecordTest, ReadKeepsItsOddRules) {
        ""},
       {"PACKAGE DESCRIPTION:\nLANGUAGE: pl\nx\n", "||0 0||pl=x", ""},
   };
+  PackageRecord record;  // one for all rows: each read starts from nothing
   for (const auto& row : rows) {
-    PackageRecord record;
     EXPECT_TRUE(record.read(write("r", row.text)));
     EXPECT_EQ(summary(record), row.record) << row.text;
     std::string listed;
