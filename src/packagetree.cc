@@ -189,12 +189,13 @@ bool PackageTree::pathReadsBack(const std::string& name) {
     problems.push_back({TreeFinding::EscapedPath, name, ""});
     return false;
   }
+  // A path cut into more lines leaves its last line unlike the whole.
   unsigned lines = 0;
   bool same = false;
   TextFile::forEachLineOf(name + "\n",
                           [&](std::string_view line) { same = ++lines == 1 && line == name; });
-  if (!same || lines != 1) problems.push_back({TreeFinding::PathTooLong, name, ""});
-  return same && lines == 1;
+  if (!same) problems.push_back({TreeFinding::PathTooLong, name, ""});
+  return same;
 }
 
 void PackageTree::addLink(const std::string& relative) {
