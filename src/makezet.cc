@@ -92,8 +92,8 @@ std::string shortNameOfOutput(const std::string& output) {
   const std::string base = FileSystem::baseName(output);
   const std::string extension = zet::PACKAGE_EXTENSION;
   PackageName name;
-  if (base.size() <= extension.size() || !endsWith(base, extension) ||
-      !name.parse(FileSystem::stripExtension(base)) || !LinkLines::plainWord(base)) {
+  if (!endsWith(base, extension) || !name.parse(FileSystem::stripExtension(base)) ||
+      !LinkLines::plainWord(base)) {
     refuse(MakeExitNameRefused, Lang::instance().get("MakeBadName", output));
   }
   return name.name;
@@ -212,14 +212,15 @@ int main(int argc, char** argv) {
   loadStartupLanguage();
 
   Args& args = Args::instance();
-  args.clear();
   for (const char* name : {"help", "h"}) args.addOption(name, false);
   args.addOption(STAMP_OPTION, true);
   for (const char* verb : {"new-key", "index", "sign"}) args.addOption(verb, true);
   if (!args.parse(argc, argv)) refuseCommandLine(false);
   if (args.optionExists("help", true) || args.optionExists("h", true)) {
     printMessage(Lang::instance().get("MakeHelp", zet::PROGRAM_VERSION));
-    if (fflush(stdout) != 0 || ferror(stdout)) {
+    // A failed flush sets the error flag too, as an earlier failed write did.
+    fflush(stdout);
+    if (ferror(stdout)) {
       refuse(MakeExitWriteFailed, Lang::instance().get("MakeCannotWriteHelp"));
     }
     return MakeExitDone;
