@@ -188,7 +188,6 @@ PackageArchive::Result PackageArchive::write(const std::vector<ArchiveMember>& m
                                              const std::string& tree,
                                              const std::string& stagePattern, int output,
                                              uint64_t time) {
-  failedSource.clear();
   for (const ArchiveMember& member : members) {
     if (member.directory || member.source.empty()) continue;
     const int file = open(member.source.c_str(), O_RDONLY | O_CLOEXEC);
