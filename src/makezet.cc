@@ -139,8 +139,8 @@ std::string sentenceOf(const TreeFinding& finding) {
 // Reads and checks the tree; any problem ends the run before a file is made.
 PackageTree readTree(const std::string& dir, const std::string& shortName, const std::string& stamp,
                      const std::string& output) {
-  PackageTree tree;
-  if (!tree.read(dir, shortName, stamp, output)) {
+  PackageTree tree = PackageTree::read(dir, shortName, stamp, output);
+  if (!tree.problems.empty()) {
     bool unreadable = false;
     for (const TreeFinding& problem : tree.problems) {
       printError(sentenceOf(problem));

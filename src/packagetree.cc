@@ -102,26 +102,23 @@ bool isDescriptionLine(const char* line) {
 
 }  // namespace
 
-bool PackageTree::read(const std::string& dir, const std::string& shortName,
-                       const std::string& stamp, const std::string& outputPath) {
-  root = dir;
+PackageTree PackageTree::read(const std::string& dir, const std::string& shortName,
+                              const std::string& stamp, const std::string& outputPath) {
+  PackageTree tree;
+  tree.root = dir;
   // Packed, the package would grow by its former self on every run of "makezet . NAME.tgz";
   // refused, every second such run would fail.
-  if (stat(outputPath.c_str(), &outputStatus) != 0) outputStatus = {};
-  members.clear();
-  problems.clear();
-  warnings.clear();
-  links.clear();
-  walk("");
-  checkOwnLinkLines();
-  addControlFiles(stamp);
-  checkDescriptions(shortName);
-  std::stable_sort(members.begin(), members.end(),
+  if (stat(outputPath.c_str(), &tree.outputStatus) != 0) tree.outputStatus = {};
+  tree.walk("");
+  tree.checkOwnLinkLines();
+  tree.addControlFiles(stamp);
+  tree.checkDescriptions(shortName);
+  std::stable_sort(tree.members.begin(), tree.members.end(),
                    [](const ArchiveMember& a, const ArchiveMember& b) {
                      const bool aControl = isControl(a.name), bControl = isControl(b.name);
                      return aControl != bControl ? aControl : a.name < b.name;
                    });
-  return problems.empty();
+  return tree;
 }
 
 void PackageTree::walk(const std::string& relative) {
