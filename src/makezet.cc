@@ -192,6 +192,52 @@ void writePackage(const PackageTree& tree, const std::string& dir, const std::st
   refuse(MakeExitWriteFailed, Lang::instance().get("MakeCannotWrite", output));
 }
 
+// The sentence of each end of a repository verb, and the status that it gives.
+struct Report {
+  const char* key;
+  int status;
+};
+
+Report reportOf(RepoOutcome::Kind kind) {
+  switch (kind) {
+    case RepoOutcome::KeysWritten:
+      break;
+    case RepoOutcome::IndexWritten:
+      return {"MakeIndexWritten", MakeExitDone};
+    case RepoOutcome::KeyExists:
+      return {"MakeKeyExists", MakeExitWriteFailed};
+    case RepoOutcome::CannotWrite:
+      return {"MakeCannotWrite", MakeExitWriteFailed};
+    case RepoOutcome::BadKey:
+      return {"MakeBadKey", MakeExitReadFailed};
+    case RepoOutcome::BadOldIndex:
+      return {"MakeBadOldIndex", MakeExitReadFailed};
+    case RepoOutcome::CannotRead:
+      return {"MakeCannotRead", MakeExitReadFailed};
+    case RepoOutcome::BadName:
+      return {"MakeBadName", MakeExitTreeRefused};
+    case RepoOutcome::NoTar:
+      return {"MakeNoTar", MakeExitReadFailed};
+    case RepoOutcome::BadIndexEntry:
+      return {"MakeBadIndexEntry", MakeExitTreeRefused};
+  }
+  return {"", MakeExitDone};
+}
+
+// Says how a repository verb ended, except that new keys go without a word; gives the status.
+int report(const RepoOutcome& outcome) {
+  if (outcome.kind == RepoOutcome::KeysWritten) return MakeExitDone;
+  const Report end = reportOf(outcome.kind);
+  const std::string sentence = Lang::instance().get(
+      end.key, outcome.path, std::to_string(outcome.serial), std::to_string(outcome.entries));
+  if (end.status == MakeExitDone) {
+    printMessage(sentence);
+  } else {
+    printError(sentence);
+  }
+  return end.status;
+}
+
 // The repository verbs: "--new-key PREFIX" alone, or "--index DIR [--sign KEY]".
 int repositoryVerb(Args& args) {
   const bool newKey = args.optionExists("new-key", true);
@@ -200,10 +246,10 @@ int repositoryVerb(Args& args) {
       (newKey && args.optionExists("sign", true))) {
     refuseCommandLine(false);
   }
-  if (newKey) return RepoMaker::newKey(args.getValue("new-key"));
+  if (newKey) return report(RepoMaker::newKey(args.getValue("new-key")));
   // The index is dated now, unless the build fixes the time.
   const uint64_t date = std::getenv(EPOCH_VARIABLE) ? memberTime() : uint64_t(std::time(nullptr));
-  return RepoMaker::index(args.getValue("index"), args.getValue("sign"), date);
+  return report(RepoMaker::index(args.getValue("index"), args.getValue("sign"), date));
 }
 
 }  // namespace
