@@ -187,10 +187,8 @@ bool PackageTree::pathReadsBack(const std::string& name) {
     return false;
   }
   // A path cut into more lines leaves its last line unlike the whole.
-  unsigned lines = 0;
   bool same = false;
-  TextFile::forEachLineOf(name + "\n",
-                          [&](std::string_view line) { same = ++lines == 1 && line == name; });
+  TextFile::forEachLineOf(name + "\n", [&](std::string_view line) { same = line == name; });
   if (!same) problems.push_back({TreeFinding::PathTooLong, name, ""});
   return same;
 }
