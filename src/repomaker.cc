@@ -58,7 +58,7 @@ bool readControl(const std::string& package, IndexEntry& entry) {
   argv.push_back(nullptr);
   posix_spawn_file_actions_t actions;
   posix_spawn_file_actions_init(&actions);
-  posix_spawn_file_actions_addopen(&actions, 1, "/dev/null", O_WRONLY, 0);
+  // tar names each control file that a package lacks; what it unpacks it does not list.
   posix_spawn_file_actions_addopen(&actions, 2, "/dev/null", O_WRONLY, 0);
   pid_t child;
   const bool ran = posix_spawnp(&child, argv[0], &actions, nullptr,
