@@ -163,9 +163,10 @@ PackageArchive::Result pack(const std::vector<ArchiveMember>& members, const std
   }
   if (!laid || !stage.addFile(MEMBER_LIST, list, 0600)) return PackageArchive::StageFailed;
   const int listFile = open(stage.path(MEMBER_LIST).c_str(), O_RDONLY | O_CLOEXEC);
+  if (listFile < 0) return PackageArchive::StageFailed;
   int pipe[2];
-  if (listFile < 0 || pipe2(pipe, O_CLOEXEC) != 0) {
-    if (listFile >= 0) close(listFile);
+  if (pipe2(pipe, O_CLOEXEC) != 0) {
+    close(listFile);
     return PackageArchive::StageFailed;
   }
   const pid_t gzip = start({GZIP_PROGRAM, "-n"}, pipe[0], output);

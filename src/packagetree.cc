@@ -80,14 +80,16 @@ bool isControlFile(std::string_view path) {
 // that the same tree gives the same answer on every machine.
 bool leadsToDirectory(const std::string& root, const std::string& relative) {
   const int top = open(root.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC);
+  if (top < 0) return false;
   open_how how{};
   how.flags = O_PATH | O_CLOEXEC;
   how.resolve = RESOLVE_IN_ROOT;
   const int end = static_cast<int>(syscall(SYS_openat2, top, relative.c_str(), &how, sizeof how));
+  close(top);
+  if (end < 0) return false;
   struct stat status;
-  const bool directory = end >= 0 && fstat(end, &status) == 0 && S_ISDIR(status.st_mode);
-  if (end >= 0) close(end);
-  if (top >= 0) close(top);
+  const bool directory = fstat(end, &status) == 0 && S_ISDIR(status.st_mode);
+  close(end);
   return directory;
 }
 
