@@ -56,15 +56,19 @@ bool allDigits(const std::string& text) {
   return !text.empty();
 }
 
-// DDMMYYYY, a day that the calendar has: upgrades compare it as a date.
+// DDMMYYYY, a day that the calendar has: upgrades compare it as a date. The C library carries
+// a day or month that the calendar lacks over into the next, so such a date reads back otherwise.
 bool validStamp(const std::string& stamp) {
   if (stamp.size() != 8 || !allDigits(stamp)) return false;
-  const int day = std::stoi(stamp.substr(0, 2));
-  const int month = std::stoi(stamp.substr(2, 2));
-  const int year = std::stoi(stamp.substr(4));
-  const bool leap = year % 4 == 0 && (year % 100 != 0 || year % 400 == 0);
-  const int days[] = {31, leap ? 29 : 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
-  return month >= 1 && month <= 12 && day >= 1 && day <= days[month - 1];
+  std::tm date{};
+  date.tm_mday = std::stoi(stamp.substr(0, 2));
+  date.tm_mon = std::stoi(stamp.substr(2, 2)) - 1;
+  date.tm_year = std::stoi(stamp.substr(4)) - 1900;
+  timegm(&date);
+  char text[3 * 12];  // room for any three numbers
+  std::snprintf(text, sizeof text, "%02d%02d%04d", date.tm_mday, date.tm_mon + 1,
+                date.tm_year + 1900);
+  return stamp == text;
 }
 
 // How many times the option `name` stands on the command line: the parser keeps the last.
