@@ -52,8 +52,8 @@ std::string control(const std::string& dir, const std::string& name) {
 bool readControl(const std::string& package, IndexEntry& entry) {
   char scratch[] = "/tmp/zet-index-XXXXXX";
   if (mkdtemp(scratch) == nullptr) return false;
-  std::vector<const char*> argv = {
-      "tar", "-xzf", package.c_str(), "-C", scratch, "--no-same-owner", "--no-same-permissions"};
+  // Owners and modes as the archive gives them change nothing for files read once and removed.
+  std::vector<const char*> argv = {"tar", "-xzf", package.c_str(), "-C", scratch};
   for (const std::string& name : CONTROL_FILES) argv.push_back(name.c_str());
   argv.push_back(nullptr);
   posix_spawn_file_actions_t actions;
