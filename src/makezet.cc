@@ -56,15 +56,19 @@ bool allDigits(const std::string& text) {
   return !text.empty();
 }
 
-// DDMMYYYY, a day that the calendar has: upgrades compare it as a date.
+// DDMMYYYY, a day that the calendar has: upgrades compare it as a date. The C library carries
+// a day or month that the calendar lacks over into the next, so such a date reads back otherwise.
 bool validStamp(const std::string& stamp) {
   if (stamp.size() != 8 || !allDigits(stamp)) return false;
-  const int day = std::stoi(stamp.substr(0, 2));
-  const int month = std::stoi(stamp.substr(2, 2));
-  const int year = std::stoi(stamp.substr(4));
-  const bool leap = year % 4 == 0 && (year % 100 != 0 || year % 400 == 0);
-  const int days[] = {31, leap ? 29 : 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
-  return month >= 1 && month <= 12 && day >= 1 && day <= days[month - 1];
+  std::tm date{};
+  date.tm_mday = std::stoi(stamp.substr(0, 2));
+  date.tm_mon = std::stoi(stamp.substr(2, 2)) - 1;
+  date.tm_year = std::stoi(stamp.substr(4)) - 1900;
+  timegm(&date);
+  char text[3 * 12];  // room for any three numbers
+  std::snprintf(text, sizeof text, "%02d%02d%04d", date.tm_mday, date.tm_mon + 1,
+                date.tm_year + 1900);
+  return stamp == text;
 }
 
 // How many times the option `name` stands on the command line: the parser keeps the last.
@@ -92,8 +96,8 @@ std::string shortNameOfOutput(const std::string& output) {
   const std::string base = FileSystem::baseName(output);
   const std::string extension = zet::PACKAGE_EXTENSION;
   PackageName name;
-  if (base.size() <= extension.size() || !endsWith(base, extension) ||
-      !name.parse(FileSystem::stripExtension(base)) || !LinkLines::plainWord(base)) {
+  if (!endsWith(base, extension) || !name.parse(FileSystem::stripExtension(base)) ||
+      !LinkLines::plainWord(base)) {
     refuse(MakeExitNameRefused, Lang::instance().get("MakeBadName", output));
   }
   return name.name;
@@ -139,8 +143,8 @@ std::string sentenceOf(const TreeFinding& finding) {
 // Reads and checks the tree; any problem ends the run before a file is made.
 PackageTree readTree(const std::string& dir, const std::string& shortName, const std::string& stamp,
                      const std::string& output) {
-  PackageTree tree;
-  if (!tree.read(dir, shortName, stamp, output)) {
+  PackageTree tree = PackageTree::read(dir, shortName, stamp, output);
+  if (!tree.problems.empty()) {
     bool unreadable = false;
     for (const TreeFinding& problem : tree.problems) {
       printError(sentenceOf(problem));
@@ -192,6 +196,52 @@ void writePackage(const PackageTree& tree, const std::string& dir, const std::st
   refuse(MakeExitWriteFailed, Lang::instance().get("MakeCannotWrite", output));
 }
 
+// The sentence of each end of a repository verb, and the status that it gives.
+struct Report {
+  const char* key;
+  int status;
+};
+
+Report reportOf(RepoOutcome::Kind kind) {
+  switch (kind) {
+    case RepoOutcome::KeysWritten:
+      break;
+    case RepoOutcome::IndexWritten:
+      return {"MakeIndexWritten", MakeExitDone};
+    case RepoOutcome::KeyExists:
+      return {"MakeKeyExists", MakeExitWriteFailed};
+    case RepoOutcome::CannotWrite:
+      return {"MakeCannotWrite", MakeExitWriteFailed};
+    case RepoOutcome::BadKey:
+      return {"MakeBadKey", MakeExitReadFailed};
+    case RepoOutcome::BadOldIndex:
+      return {"MakeBadOldIndex", MakeExitReadFailed};
+    case RepoOutcome::CannotRead:
+      return {"MakeCannotRead", MakeExitReadFailed};
+    case RepoOutcome::BadName:
+      return {"MakeBadName", MakeExitTreeRefused};
+    case RepoOutcome::NoTar:
+      return {"MakeNoTar", MakeExitReadFailed};
+    case RepoOutcome::BadIndexEntry:
+      return {"MakeBadIndexEntry", MakeExitTreeRefused};
+  }
+  return {"", MakeExitDone};
+}
+
+// Says how a repository verb ended, except that new keys go without a word; gives the status.
+int report(const RepoOutcome& outcome) {
+  if (outcome.kind == RepoOutcome::KeysWritten) return MakeExitDone;
+  const Report end = reportOf(outcome.kind);
+  const std::string sentence = Lang::instance().get(
+      end.key, outcome.path, std::to_string(outcome.serial), std::to_string(outcome.entries));
+  if (end.status == MakeExitDone) {
+    printMessage(sentence);
+  } else {
+    printError(sentence);
+  }
+  return end.status;
+}
+
 // The repository verbs: "--new-key PREFIX" alone, or "--index DIR [--sign KEY]".
 int repositoryVerb(Args& args) {
   const bool newKey = args.optionExists("new-key", true);
@@ -200,10 +250,10 @@ int repositoryVerb(Args& args) {
       (newKey && args.optionExists("sign", true))) {
     refuseCommandLine(false);
   }
-  if (newKey) return RepoMaker::newKey(args.getValue("new-key"));
+  if (newKey) return report(RepoMaker::newKey(args.getValue("new-key")));
   // The index is dated now, unless the build fixes the time.
   const uint64_t date = std::getenv(EPOCH_VARIABLE) ? memberTime() : uint64_t(std::time(nullptr));
-  return RepoMaker::index(args.getValue("index"), args.getValue("sign"), date);
+  return report(RepoMaker::index(args.getValue("index"), args.getValue("sign"), date));
 }
 
 }  // namespace
@@ -212,14 +262,15 @@ int main(int argc, char** argv) {
   loadStartupLanguage();
 
   Args& args = Args::instance();
-  args.clear();
   for (const char* name : {"help", "h"}) args.addOption(name, false);
   args.addOption(STAMP_OPTION, true);
   for (const char* verb : {"new-key", "index", "sign"}) args.addOption(verb, true);
   if (!args.parse(argc, argv)) refuseCommandLine(false);
   if (args.optionExists("help", true) || args.optionExists("h", true)) {
     printMessage(Lang::instance().get("MakeHelp", zet::PROGRAM_VERSION));
-    if (fflush(stdout) != 0 || ferror(stdout)) {
+    // A failed flush sets the error flag too, as an earlier failed write did.
+    fflush(stdout);
+    if (ferror(stdout)) {
       refuse(MakeExitWriteFailed, Lang::instance().get("MakeCannotWriteHelp"));
     }
     return MakeExitDone;

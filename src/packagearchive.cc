@@ -8,11 +8,11 @@
 #include <unistd.h>
 
 #include <cstdlib>
-#include <fstream>
 #include <string_view>
 #include <utility>
 
 #include "constants.h"
+#include "smallfile.h"
 
 extern char** environ;
 
@@ -26,7 +26,6 @@ constexpr std::string_view TOOL_VARIABLES[] = {"TAR_OPTIONS=", "GZIP="};
 // In the stage: the link to the tree, and the list of members that tar reads.
 constexpr const char* TREE_LINK = "tree";
 constexpr const char* MEMBER_LIST = "members";
-constexpr unsigned STAGE_DIR_MODE = 0755;
 
 // The stage directory and what is put into it, taken away in reverse order on destruction.
 class Stage {
@@ -44,10 +43,10 @@ class Stage {
   }
   const std::string& directory() const { return root; }
   std::string path(const std::string& name) const { return root + "/" + name; }
-  bool addDirectory(const std::string& name, unsigned mode) {
+  bool addDirectory(const std::string& name) {
     if (mkdir(path(name).c_str(), 0700) != 0) return false;
     entries.push_back({path(name), true});
-    return chmod(path(name).c_str(), mode) == 0;
+    return true;
   }
   bool addLink(const std::string& name, const std::string& target) {
     if (symlink(target.c_str(), path(name).c_str()) != 0) return false;
@@ -55,12 +54,8 @@ class Stage {
     return true;
   }
   bool addFile(const std::string& name, const std::string& content, unsigned mode) {
-    std::ofstream file(path(name), std::ios::binary);
-    if (!file.is_open()) return false;
     entries.push_back({path(name), false});
-    file << content;
-    file.close();
-    return !file.fail() && chmod(path(name).c_str(), mode) == 0;
+    return SmallFile::write(path(name), content, mode);
   }
 
  private:
@@ -149,9 +144,10 @@ PackageArchive::Result pack(const std::vector<ArchiveMember>& members, const std
                             const std::string& stagePattern, int output, uint64_t time,
                             const sigset_t& signals, int& caught) {
   Stage stage;
-  // What makezet makes lies in install/, which the stage holds in any case.
+  // What makezet makes lies in install/, which the stage holds in any case; its mode is that
+  // of the member when makezet makes install/ too, and unused when the tree has it.
   bool laid = stage.make(stagePattern) && stage.addLink(TREE_LINK, tree) &&
-              stage.addDirectory(zet::INSTALL_DIR_MEMBER, STAGE_DIR_MODE);
+              stage.addDirectory(zet::INSTALL_DIR_MEMBER);
   std::string list;
   for (const ArchiveMember& member : members) {
     if (!member.source.empty()) {
@@ -165,11 +161,12 @@ PackageArchive::Result pack(const std::vector<ArchiveMember>& members, const std
     }
     laid = laid && stage.addFile(member.name, member.content, member.mode);
   }
-  laid = laid && stage.addFile(MEMBER_LIST, list, 0600);
-  const int listFile = laid ? open(stage.path(MEMBER_LIST).c_str(), O_RDONLY | O_CLOEXEC) : -1;
+  if (!laid || !stage.addFile(MEMBER_LIST, list, 0600)) return PackageArchive::StageFailed;
+  const int listFile = open(stage.path(MEMBER_LIST).c_str(), O_RDONLY | O_CLOEXEC);
+  if (listFile < 0) return PackageArchive::StageFailed;
   int pipe[2];
-  if (listFile < 0 || pipe2(pipe, O_CLOEXEC) != 0) {
-    if (listFile >= 0) close(listFile);
+  if (pipe2(pipe, O_CLOEXEC) != 0) {
+    close(listFile);
     return PackageArchive::StageFailed;
   }
   const pid_t gzip = start({GZIP_PROGRAM, "-n"}, pipe[0], output);
@@ -192,7 +189,6 @@ PackageArchive::Result PackageArchive::write(const std::vector<ArchiveMember>& m
                                              const std::string& tree,
                                              const std::string& stagePattern, int output,
                                              uint64_t time) {
-  failedSource.clear();
   for (const ArchiveMember& member : members) {
     if (member.directory || member.source.empty()) continue;
     const int file = open(member.source.c_str(), O_RDONLY | O_CLOEXEC);

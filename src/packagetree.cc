@@ -80,14 +80,16 @@ bool isControlFile(std::string_view path) {
 // that the same tree gives the same answer on every machine.
 bool leadsToDirectory(const std::string& root, const std::string& relative) {
   const int top = open(root.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC);
+  if (top < 0) return false;
   open_how how{};
   how.flags = O_PATH | O_CLOEXEC;
   how.resolve = RESOLVE_IN_ROOT;
   const int end = static_cast<int>(syscall(SYS_openat2, top, relative.c_str(), &how, sizeof how));
+  close(top);
+  if (end < 0) return false;
   struct stat status;
-  const bool directory = end >= 0 && fstat(end, &status) == 0 && S_ISDIR(status.st_mode);
-  if (end >= 0) close(end);
-  if (top >= 0) close(top);
+  const bool directory = fstat(end, &status) == 0 && S_ISDIR(status.st_mode);
+  close(end);
   return directory;
 }
 
@@ -102,26 +104,23 @@ bool isDescriptionLine(const char* line) {
 
 }  // namespace
 
-bool PackageTree::read(const std::string& dir, const std::string& shortName,
-                       const std::string& stamp, const std::string& outputPath) {
-  root = dir;
+PackageTree PackageTree::read(const std::string& dir, const std::string& shortName,
+                              const std::string& stamp, const std::string& outputPath) {
+  PackageTree tree;
+  tree.root = dir;
   // Packed, the package would grow by its former self on every run of "makezet . NAME.tgz";
   // refused, every second such run would fail.
-  if (stat(outputPath.c_str(), &outputStatus) != 0) outputStatus = {};
-  members.clear();
-  problems.clear();
-  warnings.clear();
-  links.clear();
-  walk("");
-  checkOwnLinkLines();
-  addControlFiles(stamp);
-  checkDescriptions(shortName);
-  std::stable_sort(members.begin(), members.end(),
+  if (stat(outputPath.c_str(), &tree.outputStatus) != 0) tree.outputStatus = {};
+  tree.walk("");
+  tree.checkOwnLinkLines();
+  tree.addControlFiles(stamp);
+  tree.checkDescriptions(shortName);
+  std::stable_sort(tree.members.begin(), tree.members.end(),
                    [](const ArchiveMember& a, const ArchiveMember& b) {
                      const bool aControl = isControl(a.name), bControl = isControl(b.name);
                      return aControl != bControl ? aControl : a.name < b.name;
                    });
-  return problems.empty();
+  return tree;
 }
 
 void PackageTree::walk(const std::string& relative) {
@@ -189,12 +188,11 @@ bool PackageTree::pathReadsBack(const std::string& name) {
     problems.push_back({TreeFinding::EscapedPath, name, ""});
     return false;
   }
-  unsigned lines = 0;
+  // A path cut into more lines leaves its last line unlike the whole.
   bool same = false;
-  TextFile::forEachLineOf(name + "\n",
-                          [&](std::string_view line) { same = ++lines == 1 && line == name; });
-  if (!same || lines != 1) problems.push_back({TreeFinding::PathTooLong, name, ""});
-  return same && lines == 1;
+  TextFile::forEachLineOf(name + "\n", [&](std::string_view line) { same = line == name; });
+  if (!same) problems.push_back({TreeFinding::PathTooLong, name, ""});
+  return same;
 }
 
 void PackageTree::addLink(const std::string& relative) {

@@ -52,10 +52,10 @@ class PackageTree {
  public:
   // Reads the tree `dir` of the package whose short name is `shortName`; a `stamp` that is not
   // empty becomes install/build. The file `outputPath`, when the tree holds it, is left out:
-  // an earlier build of the same package. True when nothing refuses the tree; `members` is
-  // complete only then.
-  bool read(const std::string& dir, const std::string& shortName, const std::string& stamp,
-            const std::string& outputPath);
+  // an earlier build of the same package. Nothing refuses the tree when `problems` is empty;
+  // `members` is complete only then.
+  static PackageTree read(const std::string& dir, const std::string& shortName,
+                          const std::string& stamp, const std::string& outputPath);
 
   std::vector<ArchiveMember> members;
   std::vector<TreeFinding> problems;

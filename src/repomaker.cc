@@ -13,8 +13,6 @@
 #include <vector>
 
 #include "constants.h"
-#include "lang.h"
-#include "messages.h"
 #include "packagename.h"
 #include "repoindex.h"
 #include "signature.h"
@@ -31,11 +29,6 @@ constexpr uint64_t INDEX_LIMIT = uint64_t(256) << 20;
 const std::string CONTROL_FILES[] = {std::string(zet::INSTALL_DIR_MEMBER) + zet::BUILD_FILE,
                                      std::string(zet::INSTALL_DIR_MEMBER) + zet::DEPS_FILE,
                                      std::string(zet::INSTALL_DIR_MEMBER) + zet::DESCRIPTION_FILE};
-
-RepoMaker::Status fail(RepoMaker::Status status, const std::string& sentence) {
-  printError(sentence);
-  return status;
-}
 
 std::string trimmed(const std::string& text) {
   const size_t start = text.find_first_not_of(" \t");
@@ -54,24 +47,24 @@ std::string control(const std::string& dir, const std::string& name) {
 }
 
 // The build stamp, dependencies and first description line, from the control files that
-// tar unpacks into a scratch directory; false when tar cannot be run.
+// tar unpacks into a scratch directory; false when tar cannot be started. tar ends with 2
+// when a package lacks one of them, which leaves that field empty.
 bool readControl(const std::string& package, IndexEntry& entry) {
   char scratch[] = "/tmp/zet-index-XXXXXX";
   if (mkdtemp(scratch) == nullptr) return false;
-  std::vector<const char*> argv = {
-      "tar", "-xzf", package.c_str(), "-C", scratch, "--no-same-owner", "--no-same-permissions"};
+  // Owners and modes as the archive gives them change nothing for files read once and removed.
+  std::vector<const char*> argv = {"tar", "-xzf", package.c_str(), "-C", scratch};
   for (const std::string& name : CONTROL_FILES) argv.push_back(name.c_str());
   argv.push_back(nullptr);
   posix_spawn_file_actions_t actions;
   posix_spawn_file_actions_init(&actions);
-  posix_spawn_file_actions_addopen(&actions, 1, "/dev/null", O_WRONLY, 0);
+  // tar names each control file that a package lacks; what it unpacks it does not list.
   posix_spawn_file_actions_addopen(&actions, 2, "/dev/null", O_WRONLY, 0);
   pid_t child;
   const bool ran = posix_spawnp(&child, argv[0], &actions, nullptr,
                                 const_cast<char* const*>(argv.data()), environ) == 0;
   posix_spawn_file_actions_destroy(&actions);
-  int status = 0;
-  if (ran) waitpid(child, &status, 0);
+  if (ran) waitpid(child, nullptr, 0);
 
   const std::string dir = scratch;
   const std::string build = control(dir, CONTROL_FILES[0]);
@@ -96,7 +89,7 @@ bool readControl(const std::string& package, IndexEntry& entry) {
   for (const std::string& name : CONTROL_FILES) unlink((dir + "/" + name).c_str());
   rmdir((dir + "/install").c_str());
   rmdir(scratch);
-  return ran && WIFEXITED(status) && WEXITSTATUS(status) != 127;
+  return ran;
 }
 
 // The package files of the directory, in byte order of their names.
@@ -118,36 +111,32 @@ bool packageFiles(const std::string& dir, std::vector<std::string>& files) {
 
 }  // namespace
 
-RepoMaker::Status RepoMaker::newKey(const std::string& prefix) {
-  Lang& lang = Lang::instance();
+RepoOutcome RepoMaker::newKey(const std::string& prefix) {
   const std::string publicPath = prefix + ".pub";
   const std::string secretPath = prefix + ".key";
   struct stat status;
   for (const std::string& path : {publicPath, secretPath}) {
-    if (lstat(path.c_str(), &status) == 0)
-      return fail(WriteFailed, lang.get("MakeKeyExists", path));
+    if (lstat(path.c_str(), &status) == 0) return {RepoOutcome::KeyExists, path};
   }
   Signature::PublicKey publicKey;
   Signature::SecretKey secretKey;
   Signature::newPair(publicKey, secretKey);
   if (!SmallFile::write(secretPath, Signature::secretKeyText(secretKey), 0600)) {
-    return fail(WriteFailed, lang.get("MakeCannotWrite", secretPath));
+    return {RepoOutcome::CannotWrite, secretPath};
   }
   if (!SmallFile::write(publicPath, Signature::publicKeyText(publicKey), 0644)) {
     unlink(secretPath.c_str());
-    return fail(WriteFailed, lang.get("MakeCannotWrite", publicPath));
+    return {RepoOutcome::CannotWrite, publicPath};
   }
-  return Done;
+  return {RepoOutcome::KeysWritten, prefix};
 }
 
-RepoMaker::Status RepoMaker::index(const std::string& dir, const std::string& keyPath,
-                                   uint64_t date) {
-  Lang& lang = Lang::instance();
+RepoOutcome RepoMaker::index(const std::string& dir, const std::string& keyPath, uint64_t date) {
   std::optional<Signature::SecretKey> key;
   std::string text;
   if (!keyPath.empty()) {
     if (SmallFile::read(keyPath, CONTROL_LIMIT, text)) key = Signature::readSecretKey(text);
-    if (!key) return fail(ReadFailed, lang.get("MakeBadKey", keyPath));
+    if (!key) return {RepoOutcome::BadKey, keyPath};
   }
   RepoIndex index;
   index.date = date;
@@ -156,14 +145,14 @@ RepoMaker::Status RepoMaker::index(const std::string& dir, const std::string& ke
   if (SmallFile::read(indexPath, INDEX_LIMIT, text)) {
     RepoIndex::Finding finding;
     const std::optional<RepoIndex> old = RepoIndex::read(text, finding);
-    if (!old) return fail(ReadFailed, lang.get("MakeBadOldIndex", indexPath));
+    if (!old) return {RepoOutcome::BadOldIndex, indexPath};
     index.serial = old->serial + 1;
   }
   std::vector<std::string> files;
-  if (!packageFiles(dir, files)) return fail(ReadFailed, lang.get("MakeCannotRead", dir));
+  if (!packageFiles(dir, files)) return {RepoOutcome::CannotRead, dir};
   for (const std::string& file : files) {
     if (!RepoIndex::plainPackageFile(file)) {
-      return fail(Refused, lang.get("MakeBadName", dir + "/" + file));
+      return {RepoOutcome::BadName, dir + "/" + file};
     }
     IndexEntry entry;
     entry.file = file;
@@ -176,8 +165,8 @@ RepoMaker::Status RepoMaker::index(const std::string& dir, const std::string& ke
       entry.sha256 = Signature::sha256OfFile(package);
     }
     if (package >= 0) close(package);
-    if (entry.sha256.empty()) return fail(ReadFailed, lang.get("MakeCannotRead", path));
-    if (!readControl(path, entry)) return fail(ReadFailed, lang.get("MakeNoTar"));
+    if (entry.sha256.empty()) return {RepoOutcome::CannotRead, path};
+    if (!readControl(path, entry)) return {RepoOutcome::NoTar, ""};
     index.entries.push_back(entry);
   }
   const std::string signaturePath = indexPath + SIGNATURE_EXTENSION;
@@ -185,10 +174,10 @@ RepoMaker::Status RepoMaker::index(const std::string& dir, const std::string& ke
   // A build stamp or dependency that clients would refuse is refused here already.
   RepoIndex::Finding finding;
   if (!RepoIndex::read(indexText, finding)) {
-    return fail(Refused, lang.get("MakeBadIndexEntry", finding.detail));
+    return {RepoOutcome::BadIndexEntry, finding.detail};
   }
   if (!SmallFile::write(indexPath, indexText, 0644)) {
-    return fail(WriteFailed, lang.get("MakeCannotWrite", indexPath));
+    return {RepoOutcome::CannotWrite, indexPath};
   }
   // An old signature would not fit the new index.
   const std::string signature =
@@ -196,9 +185,7 @@ RepoMaker::Status RepoMaker::index(const std::string& dir, const std::string& ke
   struct stat old;
   if (key ? !SmallFile::write(signaturePath, signature, 0644)
           : lstat(signaturePath.c_str(), &old) == 0 && unlink(signaturePath.c_str()) != 0) {
-    return fail(WriteFailed, lang.get("MakeCannotWrite", signaturePath));
+    return {RepoOutcome::CannotWrite, signaturePath};
   }
-  printMessage(lang.get("MakeIndexWritten", indexPath, std::to_string(index.serial),
-                        std::to_string(index.entries.size())));
-  return Done;
+  return {RepoOutcome::IndexWritten, indexPath, index.serial, index.entries.size()};
 }
