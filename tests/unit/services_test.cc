@@ -48,9 +48,4 @@ TEST_F(ServicesTest, TheStoreFindsInstalledNamesWhole) {
   EXPECT_FALSE(store.isInstalled("foo"));
   EXPECT_FALSE(store.isInstalled("foo-bar-1.2-x-1x"));
   EXPECT_EQ(store.resolve(2).size(), 0u);
-  TextVector vector;
-  for (const char* text : {"x", "y", "z"}) vector.push_back(text);
-  DependencyStore::eraseAt(vector, 1);
-  DependencyStore::eraseAt(vector, 5);
-  EXPECT_EQ(linesOf(vector), (Lines{"x", "z"}));
 }
