@@ -3,6 +3,7 @@
 #include "dependencystore.h"
 #include "packagegroup.h"
 #include "scratch.h"
+#include "smallfile.h"
 
 using ServicesTest = Scratch;
 
@@ -48,4 +49,12 @@ TEST_F(ServicesTest, TheStoreFindsInstalledNamesWhole) {
   EXPECT_FALSE(store.isInstalled("foo"));
   EXPECT_FALSE(store.isInstalled("foo-bar-1.2-x-1x"));
   EXPECT_EQ(store.resolve(2).size(), 0u);
+}
+
+TEST_F(ServicesTest, SmallFileKeepsItsLimitAndCleansUp) {
+  std::string text;
+  EXPECT_TRUE(SmallFile::read(write("f", "a"), 1, text));
+  write("d/e/x", "");
+  EXPECT_FALSE(SmallFile::write(root + "/d/e", "", 0644));
+  EXPECT_EQ(std::filesystem::remove_all(root + "/d"), 3u);
 }
