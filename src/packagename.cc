@@ -40,8 +40,8 @@ void PackageName::clear() {
 }
 
 bool PackageName::isVersion(const std::string& token) {
-  if (token.empty() || !std::isdigit(static_cast<unsigned char>(token[0]))) return false;
-  return token.find('.', 1) != std::string::npos;
+  // An empty token reads as '\0', which is no digit.
+  return std::isdigit(static_cast<unsigned char>(token[0])) && token.find('.') != std::string::npos;
 }
 
 std::string shortNameOf(const std::string& fullName) {

@@ -12,7 +12,7 @@ class PackageName {
   // Splits `text` on dashes; false, with all fields empty, below four parts.
   bool parse(const std::string& text);
   void clear();
-  // A token that starts with a digit and has a "." after its first character.
+  // A token that starts with a digit and holds a ".".
   static bool isVersion(const std::string& token);
 
   std::string name;

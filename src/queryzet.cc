@@ -25,8 +25,8 @@
 namespace {
 
 int status = QueryExitAnswered;
-// How many things the answers so far needed and could not read.
-int problemsTold = 0;
+// Whether an answer so far needed something that it could not read.
+bool problemTold = false;
 // --format: lines of tab-separated fields for scripts in place of the plain answers.
 bool formatted = false;
 
@@ -63,7 +63,7 @@ void reportProblem(const Query::Problem& problem) {
   static const char* const KEYS[] = {"QueryErrorUnreadable", "QueryErrorNoFileList",
                                      "QueryErrorCannotCheck"};
   complain(Lang::instance().get(KEYS[problem.kind], problem.path), QueryExitUnreadable);
-  ++problemsTold;
+  problemTold = true;
 }
 
 std::string joined(const std::vector<std::string>& words) {
@@ -176,7 +176,7 @@ void printDependencies(const std::vector<Query::Dependency>& dependencies) {
 void answerOwner(const Query& query, const std::vector<std::string>& paths) {
   const std::vector<std::vector<Query::Owner>> owners = query.owners(paths);
   // Where a record could not be read, a path that no other lists has an unknown owner.
-  const bool complete = problemsTold == 0;
+  const bool complete = !problemTold;
   for (size_t i = 0; i < paths.size(); ++i) {
     for (const Query::Owner& owner : owners[i]) printLine(owner.fullName + ": " + owner.path);
     if (!owners[i].empty()) continue;

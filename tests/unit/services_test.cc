@@ -3,6 +3,7 @@
 #include "dependencystore.h"
 #include "packagegroup.h"
 #include "scratch.h"
+#include "smallfile.h"
 
 using ServicesTest = Scratch;
 
@@ -48,9 +49,12 @@ TEST_F(ServicesTest, TheStoreFindsInstalledNamesWhole) {
   EXPECT_FALSE(store.isInstalled("foo"));
   EXPECT_FALSE(store.isInstalled("foo-bar-1.2-x-1x"));
   EXPECT_EQ(store.resolve(2).size(), 0u);
-  TextVector vector;
-  for (const char* text : {"x", "y", "z"}) vector.push_back(text);
-  DependencyStore::eraseAt(vector, 1);
-  DependencyStore::eraseAt(vector, 5);
-  EXPECT_EQ(linesOf(vector), (Lines{"x", "z"}));
+}
+
+TEST_F(ServicesTest, SmallFileKeepsItsLimitAndCleansUp) {
+  std::string text;
+  EXPECT_TRUE(SmallFile::read(write("f", "a"), 1, text));
+  write("d/e/x", "");
+  EXPECT_FALSE(SmallFile::write(root + "/d/e", "", 0644));
+  EXPECT_EQ(std::filesystem::remove_all(root + "/d"), 3u);
 }
