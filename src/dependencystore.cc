@@ -17,15 +17,18 @@ std::string packagesListing() {
   return std::string("/") + zet::PACKAGES_DIR + "/";
 }
 
-// The short names of the installed packages, then those of the incoming ones.
+// The short names of the installed packages, then the incoming ones not yet among them.
 TextVector providedNames(const TextVector& installed, const TextVector& incoming) {
   TextVector provided;
   for (unsigned i = 0; i < installed.size(); ++i) {
-    // "." and ".." are no package names.
     PackageName parsed;
-    if (parsed.parse(installed[i])) provided.push_back(parsed.name.c_str());
+    if (!FileSystem::isDotEntry(installed[i]) && parsed.parse(installed[i])) {
+      provided.push_back(parsed.name.c_str());
+    }
   }
-  for (unsigned i = 0; i < incoming.size(); ++i) provided.push_back(incoming[i]);
+  for (unsigned i = 0; i < incoming.size(); ++i) {
+    if (provided.find(incoming[i]) < 0) provided.push_back(incoming[i]);
+  }
   return provided;
 }
 
@@ -55,7 +58,7 @@ TextVector dependentCandidates(const Database& database, const TextVector& outgo
     for (unsigned j = 0; j < outgoing.size(); ++j) {
       // The index steps back at every equality, so a name twice in `outgoing` also erases the
       // entry before this one; that is accepted.
-      if (parsed.name == outgoing[j]) candidates.erase(i--);
+      if (parsed.name == outgoing[j]) DependencyStore::eraseAt(candidates, i--);
     }
   }
   return candidates;
@@ -119,6 +122,10 @@ TextVector DependencyStore::withDependents(TextVector names) {
 
 TextVector DependencyStore::dependents() const {
   return namingOutgoing(database, dependentCandidates(database, outgoing), outgoing);
+}
+
+void DependencyStore::eraseAt(TextVector& vector, int index) {
+  vector.erase(index);
 }
 
 // One set of the paths that no other record has listed yet, so each line of the database costs

@@ -40,6 +40,7 @@ class DependencyStore {
   // `names` followed by the short names of what depends on them through every level, each
   // found once: what a removal of `names` would leave without what they need.
   TextVector withDependents(TextVector names);
+  static void eraseAt(TextVector& vector, int index);
   // Those of `files`, in their order, that the record of another installed package lists.
   TextVector sharedFiles(TextVector files, const char* ownName);
   // "/" "/var/log/packages" "/" and the first entry equal to `name` or whose short name is
