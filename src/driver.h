@@ -10,6 +10,6 @@ std::string loadStartupLanguage();
 // Prints the one sentence of every refused command line, whichever word was wrong, and ends
 // the process with the status of a refused command line. zet passes `scratchArea` true, as
 // its run's scratch directory must go first; the companions make none.
-[[noreturn]] void refuseCommandLine(bool scratchArea);
+[[noreturn]] void refuseCommandLine(bool scratchArea = false);
 
 #endif

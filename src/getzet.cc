@@ -438,14 +438,14 @@ const Verb& verbAsked() {
   const Verb* asked = nullptr;
   for (const Verb& verb : VERBS) {
     if (!given(verb.option)) continue;
-    if (asked) refuseCommandLine(false);
+    if (asked) refuseCommandLine();
     asked = &verb;
   }
-  if (!asked) refuseCommandLine(false);
+  if (!asked) refuseCommandLine();
   const bool words = !Args::instance().getArguments().empty();
   if ((asked->words == NoWords && words) || (asked->words == SomeWords && !words) ||
       (given("dry-run") && !asked->plans)) {
-    refuseCommandLine(false);
+    refuseCommandLine();
   }
   return *asked;
 }
@@ -456,7 +456,7 @@ unsigned jobsOf(const std::string& text) {
   if (text.empty() || text.size() > 2 ||
       text.find_first_not_of("0123456789") != std::string::npos || std::stoul(text) == 0 ||
       std::stoul(text) > MOST) {
-    refuseCommandLine(false);
+    refuseCommandLine();
   }
   return static_cast<unsigned>(std::stoul(text));
 }
@@ -470,7 +470,7 @@ int main(int argc, char** argv) {
   for (const Verb& verb : VERBS) args.addOption(verb.option, false);
   for (const char* option : {"help", "h", "dry-run"}) args.addOption(option, false);
   for (const char* option : {"root", "lang", "jobs"}) args.addOption(option, true);
-  if (!args.parse(argc, argv)) refuseCommandLine(false);
+  if (!args.parse(argc, argv)) refuseCommandLine();
   if (given("lang")) loadLanguage(args.getValue("lang"));
   if (given("help") || given("h")) {
     printMessage(Lang::instance().get("GetHelp", zet::PROGRAM_VERSION));

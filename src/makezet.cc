@@ -248,7 +248,7 @@ int repositoryVerb(Args& args) {
   const bool index = args.optionExists("index", true);
   if (newKey == index || !args.getArguments().empty() || args.optionExists(STAMP_OPTION, true) ||
       (newKey && args.optionExists("sign", true))) {
-    refuseCommandLine(false);
+    refuseCommandLine();
   }
   if (newKey) return report(RepoMaker::newKey(args.getValue("new-key")));
   // The index is dated now, unless the build fixes the time.
@@ -265,7 +265,7 @@ int main(int argc, char** argv) {
   for (const char* name : {"help", "h"}) args.addOption(name, false);
   args.addOption(STAMP_OPTION, true);
   for (const char* verb : {"new-key", "index", "sign"}) args.addOption(verb, true);
-  if (!args.parse(argc, argv)) refuseCommandLine(false);
+  if (!args.parse(argc, argv)) refuseCommandLine();
   if (args.optionExists("help", true) || args.optionExists("h", true)) {
     printMessage(Lang::instance().get("MakeHelp", zet::PROGRAM_VERSION));
     // A failed flush sets the error flag too, as an earlier failed write did.
@@ -279,7 +279,7 @@ int main(int argc, char** argv) {
     if (args.optionExists(verb, true)) return repositoryVerb(args);
   }
   if (args.getArguments().size() != 2 || timesGiven(argc, argv, STAMP_OPTION) > 1)
-    refuseCommandLine(false);
+    refuseCommandLine();
   const std::string stamp = args.getValue(STAMP_OPTION);
   if (args.optionExists(STAMP_OPTION, true) && !validStamp(stamp)) {
     refuse(MakeExitLineRefused, Lang::instance().get("MakeBadStamp", stamp));

@@ -305,15 +305,15 @@ const Question& questionAsked() {
   const Question* asked = nullptr;
   for (const Question& question : QUESTIONS) {
     if (!given(question.option)) continue;
-    if (asked) refuseCommandLine(false);
+    if (asked) refuseCommandLine();
     asked = &question;
   }
   const bool words = !Args::instance().getArguments().empty();
-  if (!asked || (given("format") && !asked->takesFormat)) refuseCommandLine(false);
+  if (!asked || (given("format") && !asked->takesFormat)) refuseCommandLine();
   if (given("package")) {
-    if (!asked->answerFile || words) refuseCommandLine(false);
+    if (!asked->answerFile || words) refuseCommandLine();
   } else if ((asked->words == SomeWords && !words) || (asked->words == NoWords && words)) {
-    refuseCommandLine(false);
+    refuseCommandLine();
   }
   return *asked;
 }
@@ -334,7 +334,7 @@ int main(int argc, char** argv) {
     printMessage(Lang::instance().get("QueryHelp", zet::PROGRAM_VERSION));
     return finish();
   }
-  if (!parsed) refuseCommandLine(false);
+  if (!parsed) refuseCommandLine();
   const Question& question = questionAsked();
   formatted = given("format");
 
