@@ -495,6 +495,5 @@ int main(int argc, char** argv) {
     }
   }
   verb.run(repositories, args.getArguments());
-  fflush(stdout);
   return status;
 }
