@@ -1,7 +1,6 @@
 #include "messages.h"
 
 #include "lang.h"
-#include "package.h"
 #include "scratch.h"
 
 using MessagesTest = Scratch;
@@ -44,15 +43,4 @@ TEST(Messages, TheColourTableHoldsSixteenEscapes) {
     EXPECT_EQ(errorColor, std::string("\033[") + codes[color] + "m") << color;
   }
   errorColor = kept;
-}
-
-TEST_F(MessagesTest, TheTraceWritesOnlyWhileSwitchedOn) {
-  DebugLog& log = DebugLog::instance();
-  testing::internal::CaptureStdout();
-  log << "off";
-  log.enabled = true;
-  Package().loadFromDatabase("a-b-1.0-x-1.tgz");
-  log << 42L;
-  log.enabled = false;
-  EXPECT_EQ(testing::internal::GetCapturedStdout(), "loading package: a-b\n42");
 }

@@ -1,5 +1,4 @@
-// A test whose installation root is a fresh folder that also holds the run's temporary area;
-// the root goes back to "/" and the folder away when the test ends, which must leave no more
+// A test rooted in a fresh folder that holds the temporary area too; it must end with no more
 // descriptors open than it found.
 #ifndef ZET_TESTS_SCRATCH_H
 #define ZET_TESTS_SCRATCH_H

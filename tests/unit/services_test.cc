@@ -56,5 +56,6 @@ TEST_F(ServicesTest, SmallFileKeepsItsLimitAndCleansUp) {
   EXPECT_TRUE(SmallFile::read(write("f", "a"), 1, text));
   write("d/e/x", "");
   EXPECT_FALSE(SmallFile::write(root + "/d/e", "", 0644));
+  EXPECT_FALSE(SmallFile::write(root + "/none/f", "", 0644));
   EXPECT_EQ(std::filesystem::remove_all(root + "/d"), 3u);
 }
