@@ -41,6 +41,18 @@ constexpr const char* PRESERVED_DIR = "/var/log/setup/tmp/preserved_packages";
 constexpr const char* REMOVED_PACKAGES_DIR = "/var/log/removed_packages";
 constexpr const char* REMOVED_SCRIPTS_DIR = "/var/log/removed_scripts";
 
+// The repositories getzet reads, relative to the installation root, and the names of a
+// repository's index and its signature, which makezet writes and getzet fetches.
+constexpr const char* REPOS_FILE = "/etc/zet/repos";
+constexpr const char* REPO_KEYS_DIR = "/etc/zet/keys";
+constexpr const char* KEPT_INDEX_DIR = "/var/lib/zet/repos";
+constexpr const char* PACKAGE_CACHE_DIR = "/var/cache/zet";
+constexpr const char* RUN_LOCK_FILE = "/var/lib/zet/lock";
+constexpr const char* INDEX_FILE = "INDEX";
+constexpr const char* SIGNATURE_EXTENSION = ".minisig";
+// Far above what any index holds: what makezet writes and getzet takes in memory.
+constexpr unsigned long long INDEX_LIMIT = 256ull << 20;
+
 constexpr const char* DEFAULT_TAGFILE = "tagfile";
 constexpr const char* PROGRAM_VERSION = "1.0rc1";
 

@@ -22,10 +22,7 @@ extern char** environ;
 
 namespace {
 
-constexpr const char* INDEX_FILE = "/INDEX";
-constexpr const char* SIGNATURE_EXTENSION = ".minisig";
 constexpr uint64_t CONTROL_LIMIT = 1 << 20;
-constexpr uint64_t INDEX_LIMIT = uint64_t(256) << 20;
 const std::string CONTROL_FILES[] = {std::string(zet::INSTALL_DIR_MEMBER) + zet::BUILD_FILE,
                                      std::string(zet::INSTALL_DIR_MEMBER) + zet::DEPS_FILE,
                                      std::string(zet::INSTALL_DIR_MEMBER) + zet::DESCRIPTION_FILE};
@@ -141,8 +138,8 @@ RepoOutcome RepoMaker::index(const std::string& dir, const std::string& keyPath,
   RepoIndex index;
   index.date = date;
   index.serial = 1;
-  const std::string indexPath = dir + INDEX_FILE;
-  if (SmallFile::read(indexPath, INDEX_LIMIT, text)) {
+  const std::string indexPath = dir + "/" + zet::INDEX_FILE;
+  if (SmallFile::read(indexPath, zet::INDEX_LIMIT, text)) {
     RepoIndex::Finding finding;
     const std::optional<RepoIndex> old = RepoIndex::read(text, finding);
     if (!old) return {RepoOutcome::BadOldIndex, indexPath};
@@ -169,7 +166,7 @@ RepoOutcome RepoMaker::index(const std::string& dir, const std::string& keyPath,
     if (!readControl(path, entry)) return {RepoOutcome::NoTar, ""};
     index.entries.push_back(entry);
   }
-  const std::string signaturePath = indexPath + SIGNATURE_EXTENSION;
+  const std::string signaturePath = indexPath + zet::SIGNATURE_EXTENSION;
   const std::string indexText = index.text();
   // A build stamp or dependency that clients would refuse is refused here already.
   RepoIndex::Finding finding;

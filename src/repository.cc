@@ -8,20 +8,13 @@
 #include <cerrno>
 #include <filesystem>
 
+#include "constants.h"
 #include "smallfile.h"
 
 namespace {
 
-constexpr const char* CONFIG_FILE = "/etc/zet/repos";
-constexpr const char* KEYS_DIR = "/etc/zet/keys";
-constexpr const char* KEPT_DIR = "/var/lib/zet/repos";
-constexpr const char* CACHE_DIR = "/var/cache/zet";
-constexpr const char* LOCK_FILE = "/var/lib/zet/lock";
-constexpr const char* INDEX_FILE = "INDEX";
-constexpr const char* SIGNATURE_FILE = "INDEX.minisig";
 constexpr const char* PARTIAL_EXTENSION = ".part";
-// Far above what any index or signature file holds, and what a client will take in memory.
-constexpr uint64_t INDEX_LIMIT = uint64_t(256) << 20;
+// Far above what any signature or key file holds.
 constexpr uint64_t SIGNATURE_LIMIT = 4096;
 constexpr uint64_t KEY_LIMIT = 4096;
 
@@ -67,23 +60,23 @@ bool whole(int file, const IndexEntry& entry, Repositories::Failure::Kind& kind)
 }  // namespace
 
 std::string Repositories::configPath() const {
-  return root + CONFIG_FILE;
+  return root + zet::REPOS_FILE;
 }
 
 std::string Repositories::keyPath(const std::string& name) const {
-  return root + KEYS_DIR + "/" + name + ".pub";
+  return root + zet::REPO_KEYS_DIR + "/" + name + ".pub";
 }
 
 std::string Repositories::keptIndexPath(const std::string& name) const {
-  return root + KEPT_DIR + "/" + name + "/" + INDEX_FILE;
+  return root + zet::KEPT_INDEX_DIR + "/" + name + "/" + zet::INDEX_FILE;
 }
 
 std::string Repositories::cacheDir() const {
-  return root + CACHE_DIR;
+  return root + zet::PACKAGE_CACHE_DIR;
 }
 
 std::string Repositories::lockPath() const {
-  return root + LOCK_FILE;
+  return root + zet::RUN_LOCK_FILE;
 }
 
 std::optional<Repositories::Fetched> Repositories::verified(const std::string& mirror,
@@ -92,9 +85,10 @@ std::optional<Repositories::Fetched> Repositories::verified(const std::string& m
                                                             std::vector<Failure>& failures) {
   Download download;
   Fetched fetched;
-  const std::string indexUrl = urlOf(mirror, INDEX_FILE);
-  const std::string signatureUrl = urlOf(mirror, SIGNATURE_FILE);
-  Download::Result result = download.toText(indexUrl, INDEX_LIMIT, fetched.text);
+  const std::string indexUrl = urlOf(mirror, zet::INDEX_FILE);
+  const std::string signatureUrl =
+      urlOf(mirror, std::string(zet::INDEX_FILE) + zet::SIGNATURE_EXTENSION);
+  Download::Result result = download.toText(indexUrl, zet::INDEX_LIMIT, fetched.text);
   if (result != Download::Done) {
     failures.push_back({kindOf(result), indexUrl, download.error});
     return std::nullopt;
@@ -149,7 +143,7 @@ bool Repositories::update(const RepoConfig::Repo& repo, std::vector<Failure>& fa
     const std::string path = keptIndexPath(repo.name);
     makeParent(path);
     // The index is read alone; its signature is kept beside it for people to check again.
-    if (!SmallFile::write(path + ".minisig", fetched->signature, 0644) ||
+    if (!SmallFile::write(path + zet::SIGNATURE_EXTENSION, fetched->signature, 0644) ||
         !SmallFile::write(path, fetched->text, 0644)) {
       failures.push_back({Failure::Disk, path, ""});
       return false;
@@ -166,7 +160,7 @@ std::vector<Repositories::Kept> Repositories::kept(const std::vector<RepoConfig:
     all.push_back({repo, std::nullopt});
     std::string text;
     const std::string path = keptIndexPath(repo.name);
-    if (!SmallFile::read(path, INDEX_LIMIT, text)) continue;
+    if (!SmallFile::read(path, zet::INDEX_LIMIT, text)) continue;
     RepoIndex::Finding finding;
     all.back().index = RepoIndex::read(text, finding);
     if (!all.back().index) {
