@@ -1,5 +1,8 @@
 #include "driver.h"
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <cstdlib>
 
 #include "constants.h"
@@ -7,6 +10,13 @@
 #include "lang.h"
 #include "messages.h"
 #include "temparea.h"
+
+void keepStandardDescriptors() {
+  for (int standard = STDIN_FILENO; standard <= STDERR_FILENO; ++standard) {
+    // open gives the lowest free number, so a closed one is filled in turn.
+    if (fcntl(standard, F_GETFD) == -1) open("/dev/null", O_RDWR);
+  }
+}
 
 std::string loadStartupLanguage() {
   const char* lang = std::getenv("LANG");

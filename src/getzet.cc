@@ -464,6 +464,7 @@ unsigned jobsOf(const std::string& text) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  keepStandardDescriptors();
   loadStartupLanguage();
 
   Args& args = Args::instance();

@@ -368,6 +368,7 @@ void printList(TextVector list) {
 }
 
 int main(int argc, char** argv) {
+  keepStandardDescriptors();
   TempArea::instance().create(TEMP_BASE, TEMP_PREFIX);
   FileSystem::instance().makeDir(TempArea::instance().getPath(), false);
 

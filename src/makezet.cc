@@ -259,6 +259,7 @@ int repositoryVerb(Args& args) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  keepStandardDescriptors();
   loadStartupLanguage();
 
   Args& args = Args::instance();

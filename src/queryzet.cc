@@ -321,6 +321,7 @@ const Question& questionAsked() {
 }  // namespace
 
 int main(int argc, char** argv) {
+  keepStandardDescriptors();
   // Without "LANG" both the sentences and the descriptions are those of "C".
   const std::string language = loadStartupLanguage();
 

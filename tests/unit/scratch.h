@@ -4,6 +4,7 @@
 #define ZET_TESTS_SCRATCH_H
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <filesystem>
 #include <fstream>
@@ -31,6 +32,7 @@ class Scratch : public ::testing::Test {
  protected:
   void SetUp() override {
     char pattern[] = "/tmp/zet-unit-XXXXXX";
+    close(STDIN_FILENO);  // a service opening descriptor 0 must take it for a file
     FileSystem::instance().setRoot(root = mkdtemp(pattern));
     TempArea::instance().create(pattern, "zet-");
     std::filesystem::create_directory(TempArea::instance().getPath());
