@@ -91,7 +91,6 @@ Download::Result Download::run(const std::string& url, uint64_t offset, uint64_t
 }
 
 Download::Result Download::toText(const std::string& url, uint64_t limit, std::string& text) {
-  text.clear();
   return run(
       url, 0, limit,
       [&text](const char* data, size_t size) {

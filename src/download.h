@@ -23,7 +23,7 @@ class Download {
 
   // Sets libcurl up for the whole process; called once before transfers run in threads.
   static void setUp();
-  // At most `limit` bytes of `url` into `text`.
+  // At most `limit` bytes of `url` onto the end of `text`.
   Result toText(const std::string& url, uint64_t limit, std::string& text);
   // `url` onto the end of the open file `file`, up to `limit` bytes in all, resuming after
   // what the file holds.
