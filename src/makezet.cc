@@ -16,6 +16,7 @@
 
 #include "args.h"
 #include "constants.h"
+#include "descriptor.h"
 #include "driver.h"
 #include "exitstatus.h"
 #include "filesystem.h"
@@ -167,16 +168,16 @@ void writePackage(const PackageTree& tree, const std::string& dir, const std::st
   std::string temporary = pattern;
   for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGQUIT})
     std::signal(signal, removePendingFile);
-  const int file = mkostemp(&temporary[0], O_CLOEXEC);
-  if (file < 0) refuse(MakeExitWriteFailed, Lang::instance().get("MakeCannotWrite", output));
+  Descriptor file(mkostemp(&temporary[0], O_CLOEXEC));
+  if (!file.valid()) refuse(MakeExitWriteFailed, Lang::instance().get("MakeCannotWrite", output));
   pendingFile = temporary.c_str();
   const mode_t mask = umask(0);
   umask(mask);
-  fchmod(file, 0666 & ~mask);
+  fchmod(file.get(), 0666 & ~mask);
 
   PackageArchive archive;
-  const PackageArchive::Result result = archive.write(tree.members, dir, pattern, file, time);
-  const bool closed = close(file) == 0;
+  const PackageArchive::Result result = archive.write(tree.members, dir, pattern, file.get(), time);
+  const bool closed = file.close();
   if (result == PackageArchive::Written && closed &&
       rename(temporary.c_str(), output.c_str()) == 0) {
     pendingFile = nullptr;

@@ -12,6 +12,7 @@
 #include <utility>
 
 #include "constants.h"
+#include "descriptor.h"
 #include "smallfile.h"
 
 extern char** environ;
@@ -162,18 +163,15 @@ PackageArchive::Result pack(const std::vector<ArchiveMember>& members, const std
     laid = laid && stage.addFile(member.name, member.content, member.mode);
   }
   if (!laid || !stage.addFile(MEMBER_LIST, list, 0600)) return PackageArchive::StageFailed;
-  const int listFile = open(stage.path(MEMBER_LIST).c_str(), O_RDONLY | O_CLOEXEC);
-  if (listFile < 0) return PackageArchive::StageFailed;
-  int pipe[2];
-  if (pipe2(pipe, O_CLOEXEC) != 0) {
-    close(listFile);
-    return PackageArchive::StageFailed;
-  }
-  const pid_t gzip = start({GZIP_PROGRAM, "-n"}, pipe[0], output);
-  const pid_t tar = gzip != 0 ? start(tarArguments(stage.directory(), time), listFile, pipe[1]) : 0;
-  close(pipe[0]);
-  close(pipe[1]);
-  close(listFile);
+  Descriptor listFile(open(stage.path(MEMBER_LIST).c_str(), O_RDONLY | O_CLOEXEC));
+  int ends[2];
+  if (!listFile.valid() || pipe2(ends, O_CLOEXEC) != 0) return PackageArchive::StageFailed;
+  Descriptor reading(ends[0]), writing(ends[1]);
+  const pid_t gzip = start({GZIP_PROGRAM, "-n"}, reading.get(), output);
+  const pid_t tar =
+      gzip != 0 ? start(tarArguments(stage.directory(), time), listFile.get(), writing.get()) : 0;
+  // gzip sees the end of its input only once this end is closed here too.
+  writing.close();
   pid_t children[2] = {gzip, tar};
   int statuses[2] = {0, 0};
   caught = waitFor(children, statuses, signals);
@@ -191,12 +189,10 @@ PackageArchive::Result PackageArchive::write(const std::vector<ArchiveMember>& m
                                              uint64_t time) {
   for (const ArchiveMember& member : members) {
     if (member.directory || member.source.empty()) continue;
-    const int file = open(member.source.c_str(), O_RDONLY | O_CLOEXEC);
-    if (file < 0) {
+    if (!Descriptor(open(member.source.c_str(), O_RDONLY | O_CLOEXEC)).valid()) {
       failedSource = member.source;
       return SourceUnreadable;
     }
-    close(file);
   }
   char* real = realpath(tree.c_str(), nullptr);
   if (real == nullptr) {

@@ -12,6 +12,7 @@
 #include <string_view>
 
 #include "constants.h"
+#include "descriptor.h"
 #include "filesystem.h"
 #include "linklines.h"
 #include "smallfile.h"
@@ -79,18 +80,15 @@ bool isControlFile(std::string_view path) {
 // as where the tree stands at "/": an absolute target and a ".." at the top stay inside it, so
 // that the same tree gives the same answer on every machine.
 bool leadsToDirectory(const std::string& root, const std::string& relative) {
-  const int top = open(root.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC);
-  if (top < 0) return false;
+  const Descriptor top(open(root.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+  if (!top.valid()) return false;
   open_how how{};
   how.flags = O_PATH | O_CLOEXEC;
   how.resolve = RESOLVE_IN_ROOT;
-  const int end = static_cast<int>(syscall(SYS_openat2, top, relative.c_str(), &how, sizeof how));
-  close(top);
-  if (end < 0) return false;
+  const Descriptor end(
+      static_cast<int>(syscall(SYS_openat2, top.get(), relative.c_str(), &how, sizeof how)));
   struct stat status;
-  const bool directory = fstat(end, &status) == 0 && S_ISDIR(status.st_mode);
-  close(end);
-  return directory;
+  return end.valid() && fstat(end.get(), &status) == 0 && S_ISDIR(status.st_mode);
 }
 
 // Far above any script a package carries; SmallFile reads a file whole only up to a limit.

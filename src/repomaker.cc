@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "constants.h"
+#include "descriptor.h"
 #include "packagename.h"
 #include "repoindex.h"
 #include "signature.h"
@@ -35,9 +36,9 @@ std::string trimmed(const std::string& text) {
 
 // A control file as it was unpacked, unless it is a link or missing.
 std::string control(const std::string& dir, const std::string& name) {
-  const int file = open((dir + "/" + name).c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC);
-  if (file < 0) return "";
-  close(file);
+  if (!Descriptor(open((dir + "/" + name).c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC)).valid()) {
+    return "";
+  }
   std::string text;
   SmallFile::read(dir + "/" + name, CONTROL_LIMIT, text);
   return text;
@@ -155,13 +156,12 @@ RepoOutcome RepoMaker::index(const std::string& dir, const std::string& keyPath,
     entry.file = file;
     entry.name = shortNameOf(entry.fullName());
     const std::string path = dir + "/" + file;
-    const int package = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    const Descriptor package(open(path.c_str(), O_RDONLY | O_CLOEXEC));
     struct stat status;
-    if (package >= 0 && fstat(package, &status) == 0) {
+    if (package.valid() && fstat(package.get(), &status) == 0) {
       entry.size = static_cast<uint64_t>(status.st_size);
-      entry.sha256 = Signature::sha256OfFile(package);
+      entry.sha256 = Signature::sha256OfFile(package.get());
     }
-    if (package >= 0) close(package);
     if (entry.sha256.empty()) return {RepoOutcome::CannotRead, path};
     if (!readControl(path, entry)) return {RepoOutcome::NoTar, ""};
     index.entries.push_back(entry);

@@ -36,15 +36,14 @@ Repositories::Failure::Kind kindOf(Download::Result result) {
 
 // Opens `name` in `dir` for reading and writing without following a link; whatever other
 // than a plain file stands there is removed first.
-int openPlain(int dir, const std::string& name) {
+Descriptor openPlain(int dir, const std::string& name) {
   for (int tries = 0; tries < 2; ++tries) {
-    const int file = openat(dir, name.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC, 0600);
+    Descriptor file(openat(dir, name.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC, 0600));
     struct stat status;
-    if (file >= 0 && fstat(file, &status) == 0 && S_ISREG(status.st_mode)) return file;
-    if (file >= 0) close(file);
-    if (unlinkat(dir, name.c_str(), 0) != 0 && errno != ENOENT) return -1;
+    if (file.valid() && fstat(file.get(), &status) == 0 && S_ISREG(status.st_mode)) return file;
+    if (unlinkat(dir, name.c_str(), 0) != 0 && errno != ENOENT) break;
   }
-  return -1;
+  return Descriptor(-1);
 }
 
 bool whole(int file, const IndexEntry& entry, Repositories::Failure::Kind& kind) {
@@ -184,18 +183,17 @@ std::optional<Repositories::Offer> Repositories::find(const std::vector<Kept>& k
   return std::nullopt;
 }
 
-int Repositories::openCache() const {
+Descriptor Repositories::openCache() const {
   const std::string path = cacheDir();
   makeParent(path);
   mkdir(path.c_str(), 0700);
-  const int dir = open(path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+  Descriptor dir(open(path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
   struct stat status;
-  if (dir >= 0 && fstat(dir, &status) == 0 && status.st_uid == geteuid() &&
-      fchmod(dir, 0700) == 0) {
+  if (dir.valid() && fstat(dir.get(), &status) == 0 && status.st_uid == geteuid() &&
+      fchmod(dir.get(), 0700) == 0) {
     return dir;
   }
-  if (dir >= 0) close(dir);
-  return -1;
+  return Descriptor(-1);
 }
 
 std::optional<std::string> Repositories::fetch(const Offer& offer,
@@ -203,24 +201,25 @@ std::optional<std::string> Repositories::fetch(const Offer& offer,
                                                std::vector<Failure>& failures) {
   const IndexEntry& entry = *offer.entry;
   const std::string path = cacheDir() + "/" + entry.file;
-  const int dir = openCache();
-  if (dir < 0) {
+  const Descriptor cache = openCache();
+  if (!cache.valid()) {
     failures.push_back({Failure::Disk, cacheDir(), ""});
     return std::nullopt;
   }
+  const int dir = cache.get();
   Failure::Kind kind;
-  const int cached = openat(dir, entry.file.c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC);
-  const bool good = cached >= 0 && whole(cached, entry, kind);
-  if (cached >= 0) close(cached);
-  if (good) {
-    close(dir);
-    return path;
-  }
+  const Descriptor cached(openat(dir, entry.file.c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC));
+  if (cached.valid() && whole(cached.get(), entry, kind)) return path;
   unlinkat(dir, entry.file.c_str(), 0);
   const std::string partial = entry.file + PARTIAL_EXTENSION;
-  const int file = openPlain(dir, partial);
+  const Descriptor plain = openPlain(dir, partial);
+  if (!plain.valid()) {
+    failures.push_back({Failure::Disk, path + PARTIAL_EXTENSION, ""});
+    return std::nullopt;
+  }
+  const int file = plain.get();
   bool done = false;
-  for (size_t i = 0; file >= 0 && !done && i < offer.kept->repo.urls.size(); ++i) {
+  for (size_t i = 0; !done && i < offer.kept->repo.urls.size(); ++i) {
     const std::string url = urlOf(offer.kept->repo.urls[i], entry.file);
     Download download;
     const Download::Result result = download.toFile(url, file, entry.size, progress);
@@ -239,25 +238,20 @@ std::optional<std::string> Repositories::fetch(const Offer& offer,
       if (ftruncate(file, 0) != 0) break;
     }
   }
-  if (file < 0) failures.push_back({Failure::Disk, path + PARTIAL_EXTENSION, ""});
   done = done && renameat(dir, partial.c_str(), dir, entry.file.c_str()) == 0;
   struct stat status;
-  if (!done && file >= 0 && fstat(file, &status) == 0 && status.st_size == 0) {
+  if (!done && fstat(file, &status) == 0 && status.st_size == 0) {
     unlinkat(dir, partial.c_str(), 0);
   }
-  if (file >= 0) close(file);
-  close(dir);
   if (done) return path;
   return std::nullopt;
 }
 
 bool Repositories::clean() {
-  const int dir = openCache();
-  DIR* listing = dir < 0 ? nullptr : fdopendir(dir);
-  if (listing == nullptr) {
-    if (dir >= 0) close(dir);
-    return false;
-  }
+  Descriptor dir = openCache();
+  DIR* listing = dir.valid() ? fdopendir(dir.get()) : nullptr;
+  if (listing == nullptr) return false;
+  dir.release();
   bool good = true;
   while (const dirent* entry = readdir(listing)) {
     const std::string name = entry->d_name;

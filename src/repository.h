@@ -11,6 +11,7 @@
 #include <string>
 #include <vector>
 
+#include "descriptor.h"
 #include "download.h"
 #include "repoconfig.h"
 #include "repoindex.h"
@@ -86,8 +87,8 @@ class Repositories {
   };
 
   // The cache directory, opened without following a link, made when missing, and put back to
-  // mode 0700; -1 when it is not a directory of this user's.
-  int openCache() const;
+  // mode 0700; not valid when it is not a directory of this user's.
+  Descriptor openCache() const;
   // The index of one mirror, if it is signed by `key` and not older than `keptSerial`.
   std::optional<Fetched> verified(const std::string& mirror, const Signature::PublicKey& key,
                                   uint64_t keptSerial, std::vector<Failure>& failures);

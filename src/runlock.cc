@@ -14,31 +14,27 @@ constexpr uint64_t HOLDER_LIMIT = 32;
 
 }  // namespace
 
-RunLock::~RunLock() {
-  if (file >= 0) close(file);
-}
-
 bool RunLock::open() {
-  if (file >= 0) return true;
+  if (file.valid()) return true;
   std::error_code ignored;
   std::filesystem::create_directories(path.substr(0, path.rfind('/')), ignored);
-  file = ::open(path.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC, 0644);
-  return file >= 0;
+  file = Descriptor(::open(path.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC, 0644));
+  return file.valid();
 }
 
 void RunLock::sign() {
   const std::string pid = std::to_string(getpid()) + "\n";
-  if (ftruncate(file, 0) != 0 || pwrite(file, pid.data(), pid.size(), 0) < 0) return;
+  if (ftruncate(file.get(), 0) != 0 || pwrite(file.get(), pid.data(), pid.size(), 0) < 0) return;
 }
 
 bool RunLock::tryTake() {
-  if (!open() || flock(file, LOCK_EX | LOCK_NB) != 0) return false;
+  if (!open() || flock(file.get(), LOCK_EX | LOCK_NB) != 0) return false;
   sign();
   return true;
 }
 
 bool RunLock::take() {
-  if (!open() || flock(file, LOCK_EX) != 0) return false;
+  if (!open() || flock(file.get(), LOCK_EX) != 0) return false;
   sign();
   return true;
 }

@@ -5,11 +5,12 @@
 
 #include <string>
 
+#include "descriptor.h"
+
 // One lock file, held until the object goes.
 class RunLock {
  public:
   explicit RunLock(std::string path) : path(std::move(path)) {}
-  ~RunLock();
   RunLock(const RunLock&) = delete;
   RunLock& operator=(const RunLock&) = delete;
 
@@ -27,7 +28,7 @@ class RunLock {
   void sign();
 
   std::string path;
-  int file = -1;
+  Descriptor file{-1};
 };
 
 #endif

@@ -4,16 +4,17 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "descriptor.h"
+
 bool SmallFile::read(const std::string& path, uint64_t limit, std::string& text) {
   text.clear();
-  const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC);
-  if (file < 0) return false;
+  const Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC));
+  if (!file.valid()) return false;
   char block[65536];
   ssize_t got;
-  while ((got = ::read(file, block, sizeof block)) > 0 && text.size() <= limit) {
+  while ((got = ::read(file.get(), block, sizeof block)) > 0 && text.size() <= limit) {
     text.append(block, static_cast<size_t>(got));
   }
-  close(file);
   return got == 0 && text.size() <= limit;
 }
 
@@ -21,13 +22,13 @@ bool SmallFile::write(const std::string& path, const std::string& text, mode_t m
   const size_t slash = path.rfind('/');
   const size_t start = slash == std::string::npos ? 0 : slash + 1;
   std::string temporary = path.substr(0, start) + "." + path.substr(start) + ".XXXXXX";
-  const int file = mkstemp(&temporary[0]);
-  if (file < 0) return false;
+  Descriptor file(mkstemp(&temporary[0]));
+  if (!file.valid()) return false;
   // A regular file takes a whole write unless the disk is full.
-  bool good = fchmod(file, mode) == 0 &&
-              ::write(file, text.data(), text.size()) == static_cast<ssize_t>(text.size());
-  good = fsync(file) == 0 && good;
-  good = close(file) == 0 && good;
+  bool good = fchmod(file.get(), mode) == 0 &&
+              ::write(file.get(), text.data(), text.size()) == static_cast<ssize_t>(text.size());
+  good = fsync(file.get()) == 0 && good;
+  good = file.close() && good;
   good = good && rename(temporary.c_str(), path.c_str()) == 0;
   if (!good) unlink(temporary.c_str());
   return good;
