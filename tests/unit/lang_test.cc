@@ -28,6 +28,7 @@ TEST_F(LangTest, KeysAnyCaseContinuationsAndMarkers) {
   EXPECT_EQ(lang.get("t4"), "b[ARG");
   EXPECT_EQ(Lang::split("[ARG]", "x[AR[ARG]G][ARG]"), (Lines{"x[AR", "G]", ""}));
   EXPECT_EQ(Lang::split("[ARG]", ""), (Lines{""}));
+  EXPECT_EQ(Lang::substring("abcd", 1, 9), "bcd");
 }
 
 // Polish and German have the keys of C with as many markers each, and C those of the printers
