@@ -488,12 +488,15 @@ int main(int argc, char** argv) {
   // A second run waits rather than gives up: running one after the other is what starting
   // both asked for. It says whom it waits for, so that a run that hangs can be found.
   RunLock lock(repositories.lockPath());
-  if (changes && !lock.tryTake()) {
+  RunLock::Attempt attempt = changes ? lock.tryTake() : RunLock::Taken;
+  if (attempt == RunLock::Busy) {
     printWarning(Lang::instance().get("GetWaitingForLock", repositories.lockPath(), lock.holder()));
-    if (!lock.take()) {
-      printError(Lang::instance().get("GetErrorLock", repositories.lockPath()));
-      return GetExitFailed;
-    }
+    attempt = lock.take() ? RunLock::Taken : RunLock::Unopened;
+  }
+  // A lock file that cannot be opened is told at once, not waited for.
+  if (attempt != RunLock::Taken) {
+    printError(Lang::instance().get("GetErrorLock", repositories.lockPath()));
+    return GetExitFailed;
   }
   verb.run(repositories, args.getArguments());
   return status;

@@ -27,10 +27,11 @@ void RunLock::sign() {
   if (ftruncate(file.get(), 0) != 0 || pwrite(file.get(), pid.data(), pid.size(), 0) < 0) return;
 }
 
-bool RunLock::tryTake() {
-  if (!open() || flock(file.get(), LOCK_EX | LOCK_NB) != 0) return false;
+RunLock::Attempt RunLock::tryTake() {
+  if (!open()) return Unopened;
+  if (flock(file.get(), LOCK_EX | LOCK_NB) != 0) return Busy;
   sign();
-  return true;
+  return Taken;
 }
 
 bool RunLock::take() {

@@ -14,9 +14,9 @@ class RunLock {
   RunLock(const RunLock&) = delete;
   RunLock& operator=(const RunLock&) = delete;
 
-  // Takes the lock if no one holds it, making the file and its directory when missing; false
-  // when it is taken, or when the file cannot be opened (then holder() is "").
-  bool tryTake();
+  enum Attempt { Taken, Busy, Unopened };
+  // Takes the lock if no one holds it, making the file and its directory when missing.
+  Attempt tryTake();
   // Waits for the lock; false when the file cannot be opened or locked.
   bool take();
   // What the holder wrote in the file: its process id.
