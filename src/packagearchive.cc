@@ -170,7 +170,9 @@ PackageArchive::Result pack(const std::vector<ArchiveMember>& members, const std
   const pid_t gzip = start({GZIP_PROGRAM, "-n"}, reading.get(), output);
   const pid_t tar =
       gzip != 0 ? start(tarArguments(stage.directory(), time), listFile.get(), writing.get()) : 0;
-  // gzip sees the end of its input only once this end is closed here too.
+  // Only the children keep the pipe open: gzip sees the end of its input when tar is done,
+  // and tar gets SIGPIPE instead of blocking when gzip has failed.
+  reading.close();
   writing.close();
   pid_t children[2] = {gzip, tar};
   int statuses[2] = {0, 0};
