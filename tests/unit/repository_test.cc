@@ -78,7 +78,7 @@ TEST(Signature, SignsAndVerifiesInTheToolsFormats) {
   std::string comment = signature;
   comment.replace(comment.find("serial:1"), 8, "serial:9");
   EXPECT_EQ(Signature::verify("data", comment, publicKey), Signature::Forged);
-  EXPECT_EQ(Signature::verify("data", signature.substr(1), publicKey), Signature::Unreadable);
+  EXPECT_EQ(Signature::verify("data", "x" + signature, publicKey), Signature::Unreadable);
   EXPECT_EQ(Signature::verify("data", signature + "x\n", publicKey), Signature::Unreadable);
   std::string mixed = Signature::secretKeyText(secretKey);
   const std::string otherText = Signature::secretKeyText(otherSecret);
