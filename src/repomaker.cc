@@ -36,11 +36,11 @@ std::string trimmed(const std::string& text) {
 
 // A control file as it was unpacked, unless it is a link or missing.
 std::string control(const std::string& dir, const std::string& name) {
-  if (!Descriptor(open((dir + "/" + name).c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC)).valid()) {
-    return "";
-  }
+  const std::string path = dir + "/" + name;
+  struct stat status;
+  if (lstat(path.c_str(), &status) != 0 || S_ISLNK(status.st_mode)) return "";
   std::string text;
-  SmallFile::read(dir + "/" + name, CONTROL_LIMIT, text);
+  SmallFile::read(path, CONTROL_LIMIT, text);
   return text;
 }
 
