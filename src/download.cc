@@ -45,17 +45,16 @@ int progressOf(void* user, curl_off_t total, curl_off_t now, curl_off_t, curl_of
   return 0;
 }
 
-}  // namespace
+// libcurl is set up once for the whole process, at start-up, before any transfer runs in a
+// thread of its own.
+[[maybe_unused]] const CURLcode curlStarted = curl_global_init(CURL_GLOBAL_DEFAULT);
 
-void Download::setUp() {
-  curl_global_init(CURL_GLOBAL_DEFAULT);
-}
+}  // namespace
 
 Download::Result Download::run(const std::string& url, uint64_t offset, uint64_t limit,
                                const std::function<bool(const char*, size_t)>& sink,
                                const Progress& progress) {
   error.clear();
-  // The first handle sets libcurl up for the whole run.
   CURL* curl = curl_easy_init();
   if (curl == nullptr) {
     error = "libcurl";

@@ -21,8 +21,6 @@ class Download {
   // Told the bytes held so far and the whole size, when the server names it.
   using Progress = std::function<void(uint64_t now, uint64_t total)>;
 
-  // Sets libcurl up for the whole process; called once before transfers run in threads.
-  static void setUp();
   // At most `limit` bytes of `url` onto the end of `text`.
   Result toText(const std::string& url, uint64_t limit, std::string& text);
   // `url` onto the end of the open file `file`, up to `limit` bytes in all, resuming after

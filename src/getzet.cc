@@ -273,7 +273,6 @@ std::vector<Fetched> fetchAll(Repositories& repositories, const InstallPlan& pla
       progress.finish(fetched[i].path.has_value());
     }
   };
-  Download::setUp();
   std::vector<std::thread> threads;
   for (unsigned i = 1; i < std::min<size_t>(jobs, plan.steps.size()); ++i)
     threads.emplace_back(work);

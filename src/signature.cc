@@ -18,11 +18,9 @@ constexpr size_t SECRET_SIZE = 2 + 2 + 2 + 32 + 8 + 8 + 8 + 64 + 32;
 constexpr size_t SECRET_ID_AT = 54;
 constexpr size_t SIGNATURE_SIZE = 2 + 8 + 64;
 
-// libsodium picks its implementations once, before the first use.
-void startSodium() {
-  static const int started = sodium_init();
-  (void)started;
-}
+// libsodium picks its implementations once, before the first use: here, at start-up, so
+// that no entry point can forget it.
+[[maybe_unused]] const int sodiumStarted = sodium_init();
 
 std::string base64(const std::vector<uint8_t>& bytes) {
   std::string text(sodium_base64_ENCODED_LEN(bytes.size(), sodium_base64_VARIANT_ORIGINAL), '\0');
@@ -91,7 +89,6 @@ std::string Signature::hex(const uint8_t* bytes, size_t size) {
 }
 
 void Signature::newPair(PublicKey& publicKey, SecretKey& secretKey) {
-  startSodium();
   crypto_sign_keypair(publicKey.key.data(), secretKey.key.data());
   randombytes_buf(publicKey.id.data(), publicKey.id.size());
   secretKey.id = publicKey.id;
@@ -125,7 +122,6 @@ std::optional<Signature::PublicKey> Signature::readPublicKey(const std::string& 
 }
 
 std::optional<Signature::SecretKey> Signature::readSecretKey(const std::string& text) {
-  startSodium();
   const auto lines = linesOf(text, 2);
   if (!lines) return std::nullopt;
   const auto bytes = unbase64((*lines)[1], SECRET_SIZE);
@@ -145,7 +141,6 @@ std::optional<Signature::SecretKey> Signature::readSecretKey(const std::string& 
 
 std::string Signature::sign(const std::string& data, const SecretKey& key,
                             const std::string& trustedComment) {
-  startSodium();
   const auto hash = prehash(data);
   std::vector<uint8_t> bytes{'E', 'D'};
   bytes.insert(bytes.end(), key.id.begin(), key.id.end());
@@ -162,7 +157,6 @@ std::string Signature::sign(const std::string& data, const SecretKey& key,
 
 Signature::Verdict Signature::verify(const std::string& data, const std::string& signatureText,
                                      const PublicKey& key) {
-  startSodium();
   const auto lines = linesOf(signatureText, 4);
   if (!lines || (*lines)[2].rfind(TRUSTED, 0) != 0) return Unreadable;
   const auto bytes = unbase64((*lines)[1], SIGNATURE_SIZE);
