@@ -7,7 +7,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <cstdlib>
+#include <filesystem>
 #include <string_view>
 #include <utility>
 
@@ -196,13 +196,12 @@ PackageArchive::Result PackageArchive::write(const std::vector<ArchiveMember>& m
       return SourceUnreadable;
     }
   }
-  char* real = realpath(tree.c_str(), nullptr);
-  if (real == nullptr) {
+  std::error_code unresolved;
+  const std::string treePath = std::filesystem::canonical(tree, unresolved);
+  if (unresolved) {
     failedSource = tree;
     return SourceUnreadable;
   }
-  const std::string treePath = real;
-  free(real);
 
   sigset_t signals, previous;
   sigemptyset(&signals);

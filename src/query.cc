@@ -7,8 +7,8 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstdlib>
 #include <cstring>
+#include <filesystem>
 #include <tuple>
 #include <unordered_map>
 #include <unordered_set>
@@ -320,18 +320,13 @@ std::string Query::recordPath(const std::string& path) {
 
 std::string Query::fromRoot(const std::string& path) const {
   if (!path.empty() && path[0] == '/') return path;
-  char* workingDirectory = getcwd(nullptr, 0);
+  std::error_code failed;
+  std::string directory = std::filesystem::current_path(failed);
   // A working directory that cannot be told counts as the top of the root.
-  if (!workingDirectory) return "/" + path;
-  std::string directory = workingDirectory;
-  free(workingDirectory);
-  char* root = realpath(database.under("/").c_str(), nullptr);
-  if (root) {
-    const std::string top = root;
-    free(root);
-    if (directory == top || startsWith(directory, top + "/")) {
-      directory.erase(0, top.size());
-    }
+  if (failed) return "/" + path;
+  const std::string top = std::filesystem::canonical(database.under("/"), failed);
+  if (!failed && (directory == top || startsWith(directory, top + "/"))) {
+    directory.erase(0, top.size());
   }
   return directory + "/" + path;
 }
