@@ -28,30 +28,27 @@ bool Database::load() {
   FileSystem& fileSystem = FileSystem::instance();
   const bool listed = fileSystem.list(packagesListing, false);
   entries = fileSystem.entries();
-  sorted = false;
+  sorted.reset();
   return listed;
 }
 
 const std::vector<std::string>& Database::installed() const {
-  sortOut();
-  return fullNames;
+  return records().fullNames;
 }
 
 const std::vector<std::string>& Database::shortNames() const {
-  sortOut();
-  return names;
+  return records().names;
 }
 
-void Database::sortOut() const {
-  if (sorted) return;
-  sorted = true;
-  fullNames.clear();
+const Database::Records& Database::records() const {
+  if (sorted) return *sorted;
+  Records found;
   for (unsigned i = 0; i < entries.size(); ++i) {
-    if (isRecordName(entries[i])) fullNames.emplace_back(entries[i]);
+    if (isRecordName(entries[i])) found.fullNames.emplace_back(entries[i]);
   }
-  std::sort(fullNames.begin(), fullNames.end());
-  names.clear();
-  for (const std::string& fullName : fullNames) names.push_back(shortNameOf(fullName));
+  std::sort(found.fullNames.begin(), found.fullNames.end());
+  for (const std::string& fullName : found.fullNames) found.names.push_back(shortNameOf(fullName));
+  return *(sorted = std::move(found));
 }
 
 bool Database::isRecordName(const std::string& entry) const {
@@ -62,10 +59,10 @@ bool Database::isRecordName(const std::string& entry) const {
 }
 
 std::vector<std::string> Database::withShortName(const std::string& name) const {
-  sortOut();
+  const Records& all = records();
   std::vector<std::string> found;
-  for (size_t i = 0; i < fullNames.size(); ++i) {
-    if (names[i] == name) found.push_back(fullNames[i]);
+  for (size_t i = 0; i < all.fullNames.size(); ++i) {
+    if (all.names[i] == name) found.push_back(all.fullNames[i]);
   }
   return found;
 }

@@ -9,6 +9,7 @@
 #ifndef ZET_DATABASE_H
 #define ZET_DATABASE_H
 
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -65,16 +66,19 @@ class Database {
 
   // Whether the listed entry `entry` is the record of an installed package.
   bool isRecordName(const std::string& entry) const;
+  // The installed packages' full names in byte order, then their short names.
+  struct Records {
+    std::vector<std::string> fullNames;
+    std::vector<std::string> names;
+  };
   // Sorts the records out of the listing on first use: zet's own reads need only the listing.
-  void sortOut() const;
+  const Records& records() const;
 
   // What stands in front of a database directory in each of its paths.
   std::string base;
   std::string packagesListing;
   TextVector entries;
-  mutable bool sorted = false;
-  mutable std::vector<std::string> fullNames;
-  mutable std::vector<std::string> names;
+  mutable std::optional<Records> sorted;
 };
 
 #endif
