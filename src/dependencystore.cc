@@ -20,11 +20,10 @@ std::string packagesListing() {
 // The short names of the installed packages, then the incoming ones not yet among them.
 TextVector providedNames(const TextVector& installed, const TextVector& incoming) {
   TextVector provided;
-  for (unsigned i = 0; i < installed.size(); ++i) {
+  for (const char* entry : installed) {
     PackageName parsed;
-    if (!FileSystem::isDotEntry(installed[i]) && parsed.parse(installed[i])) {
+    if (!FileSystem::isDotEntry(entry) && parsed.parse(entry))
       provided.push_back(parsed.name.c_str());
-    }
   }
   for (unsigned i = 0; i < incoming.size(); ++i) {
     if (provided.find(incoming[i]) < 0) provided.push_back(incoming[i]);
@@ -68,13 +67,13 @@ TextVector dependentCandidates(const Database& database, const TextVector& outgo
 TextVector namingOutgoing(const Database& database, const TextVector& candidates,
                           const TextVector& outgoing) {
   TextVector found;
-  for (unsigned i = 0; i < candidates.size(); ++i) {
+  for (const char* candidate : candidates) {
     PackageName parsed;
-    if (!parsed.parse(candidates[i])) continue;
-    const TextFile lines(database.path(zet::DEPS_DIR, candidates[i]).c_str());
-    for (unsigned j = 0; j < outgoing.size(); ++j) {
-      if (lines.find(outgoing[j]) >= 0) {
-        found.push_back(candidates[i]);
+    if (!parsed.parse(candidate)) continue;
+    const TextFile lines(database.path(zet::DEPS_DIR, candidate).c_str());
+    for (const char* name : outgoing) {
+      if (lines.find(name) >= 0) {
+        found.push_back(candidate);
         break;
       }
     }
@@ -135,12 +134,11 @@ TextVector DependencyStore::sharedFiles(TextVector files, const char* ownName) {
   std::unordered_set<std::string_view> unclaimed;
   for (unsigned i = 0; i < files.size(); ++i) unclaimed.insert(files[i]);
 
-  const TextVector& installed = database.listing();
-  for (unsigned i = 0; i < installed.size(); ++i) {
-    if (std::strcmp(installed[i], ownName) == 0) continue;
+  for (const char* entry : database.listing()) {
+    if (std::strcmp(entry, ownName) == 0) continue;
     // "." and ".." and unreadable records simply list nothing.
     PackageRecord::forEachListedFile(
-        database.path(zet::PACKAGES_DIR, installed[i]),
+        database.path(zet::PACKAGES_DIR, entry),
         [&unclaimed](std::string_view path) { unclaimed.erase(path); });
   }
 
@@ -153,22 +151,19 @@ TextVector DependencyStore::sharedFiles(TextVector files, const char* ownName) {
 
 std::string DependencyStore::installedPath(const char* name) {
   const std::string prefix = packagesListing();
-  const TextVector& installed = database.listing();
-  for (unsigned i = 0; i < installed.size(); ++i) {
+  for (const char* entry : database.listing()) {
     PackageName parsed;
-    if (std::strcmp(installed[i], name) == 0 ||
-        (parsed.parse(installed[i]) && parsed.name == name)) {
-      return prefix + installed[i];
+    if (std::strcmp(entry, name) == 0 || (parsed.parse(entry) && parsed.name == name)) {
+      return prefix + entry;
     }
   }
   return std::string();
 }
 
 std::string DependencyStore::fullNameOf(const std::string& name) {
-  const TextVector& installed = database.listing();
-  for (unsigned i = 0; i < installed.size(); ++i) {
+  for (const char* entry : database.listing()) {
     PackageName parsed;
-    if (parsed.parse(installed[i]) && parsed.name == name) return installed[i];
+    if (parsed.parse(entry) && parsed.name == name) return entry;
   }
   return std::string();
 }

@@ -22,6 +22,8 @@ class TextVector {
 
   unsigned size() const { return static_cast<unsigned>(items.size()); }
   char* operator[](unsigned index) const { return items[index]; }
+  std::vector<char*>::const_iterator begin() const { return items.begin(); }
+  std::vector<char*>::const_iterator end() const { return items.end(); }
 
   // Appends a copy of the first `length` bytes of `text` (NUL-padded when shorter).
   void push_back(const char* text, unsigned int length);
