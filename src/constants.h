@@ -50,8 +50,25 @@ constexpr const char* PACKAGE_CACHE_DIR = "/var/cache/zet";
 constexpr const char* RUN_LOCK_FILE = "/var/lib/zet/lock";
 constexpr const char* INDEX_FILE = "INDEX";
 constexpr const char* SIGNATURE_EXTENSION = ".minisig";
-// Far above what any index holds: what makezet writes and getzet takes in memory.
+
+// Bounds on what is read whole into memory, each far above what its file honestly holds:
+// an index, which makezet writes and getzet takes in memory; a signature or a key; the holder
+// of the run lock; a doinst script that makezet checks; a control file that goes into an index.
 constexpr unsigned long long INDEX_LIMIT = 256ull << 20;
+constexpr unsigned long long SIGNATURE_LIMIT = 4096;
+constexpr unsigned long long KEY_LIMIT = 4096;
+constexpr unsigned long long HOLDER_LIMIT = 32;
+constexpr unsigned long long SCRIPT_LIMIT = 1ull << 30;
+constexpr unsigned long long CONTROL_LIMIT = 1 << 20;
+// Reads of a file whose size is not known go in blocks of this size.
+constexpr unsigned long READ_BLOCK = 65536;
+// A transfer gives up after this long without a connection, or when it moves less than
+// LOW_SPEED bytes a second for LOW_SPEED_SECONDS.
+constexpr long CONNECT_SECONDS = 30;
+constexpr long LOW_SPEED = 1;
+constexpr long LOW_SPEED_SECONDS = 60;
+// As many links as the system follows in one path.
+constexpr int LINK_HOPS = 40;
 
 constexpr const char* DEFAULT_TAGFILE = "tagfile";
 constexpr const char* PROGRAM_VERSION = "1.0rc1";

@@ -4,12 +4,9 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-namespace {
+#include "constants.h"
 
-constexpr long CONNECT_SECONDS = 30;
-// A transfer slower than this many bytes a second for the whole period counts as failed.
-constexpr long LOW_SPEED = 1;
-constexpr long LOW_SPEED_SECONDS = 60;
+namespace {
 
 struct Transfer {
   const std::function<bool(const char*, size_t)>* sink;
@@ -68,9 +65,9 @@ Download::Result Download::run(const std::string& url, uint64_t offset, uint64_t
   curl_easy_setopt(curl, CURLOPT_FOLLOWLOCATION, 1L);
   curl_easy_setopt(curl, CURLOPT_FAILONERROR, 1L);
   curl_easy_setopt(curl, CURLOPT_NOSIGNAL, 1L);
-  curl_easy_setopt(curl, CURLOPT_CONNECTTIMEOUT, CONNECT_SECONDS);
-  curl_easy_setopt(curl, CURLOPT_LOW_SPEED_LIMIT, LOW_SPEED);
-  curl_easy_setopt(curl, CURLOPT_LOW_SPEED_TIME, LOW_SPEED_SECONDS);
+  curl_easy_setopt(curl, CURLOPT_CONNECTTIMEOUT, zet::CONNECT_SECONDS);
+  curl_easy_setopt(curl, CURLOPT_LOW_SPEED_LIMIT, zet::LOW_SPEED);
+  curl_easy_setopt(curl, CURLOPT_LOW_SPEED_TIME, zet::LOW_SPEED_SECONDS);
   curl_easy_setopt(curl, CURLOPT_ERRORBUFFER, message);
   curl_easy_setopt(curl, CURLOPT_WRITEFUNCTION, receive);
   curl_easy_setopt(curl, CURLOPT_WRITEDATA, &transfer);

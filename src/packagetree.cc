@@ -91,9 +91,6 @@ bool leadsToDirectory(const std::string& root, const std::string& relative) {
   return end.valid() && fstat(end.get(), &status) == 0 && S_ISDIR(status.st_mode);
 }
 
-// Far above any script a package carries; SmallFile reads a file whole only up to a limit.
-constexpr uint64_t SCRIPT_LIMIT = uint64_t(1) << 30;
-
 // A line that a reader can tell for no description line: empty, a comment, or indented like
 // the ruler that description files often carry. Every other line must start with "name:".
 bool isDescriptionLine(const char* line) {
@@ -254,7 +251,7 @@ void PackageTree::addControlFiles(const std::string& stamp) {
     // The lines go ahead of the tree's own script, which may use the links.
     ArchiveMember& doinst = controlFile(DOINST_MEMBER);
     std::string own;
-    if (!doinst.source.empty() && !SmallFile::read(doinst.source, SCRIPT_LIMIT, own)) {
+    if (!doinst.source.empty() && !SmallFile::read(doinst.source, zet::SCRIPT_LIMIT, own)) {
       problems.push_back({TreeFinding::Unreadable, doinst.source, ""});
     }
     doinst = {doinst.name, false, doinst.mode, "", script + own};

@@ -343,8 +343,7 @@ std::string Query::resolve(const std::string& path, bool followLast) const {
   };
   push(fromRoot(path));
   std::string walked;
-  // As many links as the system follows in one path.
-  int links = 40;
+  int links = zet::LINK_HOPS;
   std::string target;
   while (!ahead.empty()) {
     const std::string part = std::move(ahead.back());

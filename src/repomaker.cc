@@ -23,7 +23,6 @@ extern char** environ;
 
 namespace {
 
-constexpr uint64_t CONTROL_LIMIT = 1 << 20;
 const std::string CONTROL_FILES[] = {std::string(zet::INSTALL_DIR_MEMBER) + zet::BUILD_FILE,
                                      std::string(zet::INSTALL_DIR_MEMBER) + zet::DEPS_FILE,
                                      std::string(zet::INSTALL_DIR_MEMBER) + zet::DESCRIPTION_FILE};
@@ -40,7 +39,7 @@ std::string control(const std::string& dir, const std::string& name) {
   struct stat status;
   if (lstat(path.c_str(), &status) != 0 || S_ISLNK(status.st_mode)) return "";
   std::string text;
-  SmallFile::read(path, CONTROL_LIMIT, text);
+  SmallFile::read(path, zet::CONTROL_LIMIT, text);
   return text;
 }
 
@@ -133,7 +132,7 @@ RepoOutcome RepoMaker::index(const std::string& dir, const std::string& keyPath,
   std::optional<Signature::SecretKey> key;
   std::string text;
   if (!keyPath.empty()) {
-    if (SmallFile::read(keyPath, CONTROL_LIMIT, text)) key = Signature::readSecretKey(text);
+    if (SmallFile::read(keyPath, zet::CONTROL_LIMIT, text)) key = Signature::readSecretKey(text);
     if (!key) return {RepoOutcome::BadKey, keyPath};
   }
   RepoIndex index;

@@ -14,9 +14,6 @@
 namespace {
 
 constexpr const char* PARTIAL_EXTENSION = ".part";
-// Far above what any signature or key file holds.
-constexpr uint64_t SIGNATURE_LIMIT = 4096;
-constexpr uint64_t KEY_LIMIT = 4096;
 
 // Makes the directory that holds `path`, with its parents; a failure shows in the next step.
 void makeParent(const std::string& path) {
@@ -92,7 +89,7 @@ std::optional<Repositories::Fetched> Repositories::verified(const std::string& m
     failures.push_back({kindOf(result), indexUrl, download.error});
     return std::nullopt;
   }
-  result = download.toText(signatureUrl, SIGNATURE_LIMIT, fetched.signature);
+  result = download.toText(signatureUrl, zet::SIGNATURE_LIMIT, fetched.signature);
   if (result != Download::Done) {
     const bool absent = result == Download::Failed;
     failures.push_back({absent ? Failure::Unsigned : kindOf(result), signatureUrl, download.error});
@@ -125,7 +122,8 @@ std::optional<Repositories::Fetched> Repositories::verified(const std::string& m
 bool Repositories::update(const RepoConfig::Repo& repo, std::vector<Failure>& failures) {
   std::string text;
   std::optional<Signature::PublicKey> key;
-  if (SmallFile::read(keyPath(repo.name), KEY_LIMIT, text)) key = Signature::readPublicKey(text);
+  if (SmallFile::read(keyPath(repo.name), zet::KEY_LIMIT, text))
+    key = Signature::readPublicKey(text);
   if (!key) {
     failures.push_back({Failure::NoKey, keyPath(repo.name), ""});
     return false;

@@ -6,13 +6,8 @@
 
 #include <filesystem>
 
+#include "constants.h"
 #include "smallfile.h"
-
-namespace {
-
-constexpr uint64_t HOLDER_LIMIT = 32;
-
-}  // namespace
 
 bool RunLock::open() {
   if (file.valid()) return true;
@@ -42,6 +37,6 @@ bool RunLock::take() {
 
 std::string RunLock::holder() const {
   std::string text;
-  if (!SmallFile::read(path, HOLDER_LIMIT, text)) return "";
+  if (!SmallFile::read(path, zet::HOLDER_LIMIT, text)) return "";
   return text.substr(0, text.find('\n'));
 }

@@ -4,13 +4,14 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "constants.h"
 #include "descriptor.h"
 
 bool SmallFile::read(const std::string& path, uint64_t limit, std::string& text) {
   text.clear();
   const Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC));
   if (!file.valid()) return false;
-  char block[65536];
+  char block[zet::READ_BLOCK];
   ssize_t got;
   while ((got = ::read(file.get(), block, sizeof block)) > 0 && text.size() <= limit) {
     text.append(block, static_cast<size_t>(got));

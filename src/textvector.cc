@@ -134,7 +134,7 @@ bool TextFile::forEachLine(const char* path, const std::function<void(std::strin
   struct stat status;
   const size_t block = fstat(fileno(file), &status) == 0 && status.st_size > 0
                            ? static_cast<size_t>(status.st_size) + 1
-                           : 65536;
+                           : zet::READ_BLOCK;
   std::string content;
   for (size_t used = 0;;) {
     content.resize(used + block);
