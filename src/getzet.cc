@@ -304,9 +304,8 @@ int run(const std::vector<std::string>& words) {
   for (const std::string& word : words) argv.push_back(const_cast<char*>(word.c_str()));
   argv.push_back(nullptr);
   fflush(stdout);
-  fflush(stderr);
   pid_t child;
-  int status = 0;
+  int status;
   if (posix_spawnp(&child, argv[0], nullptr, nullptr, argv.data(), environ) != 0 ||
       waitpid(child, &status, 0) != child || !WIFEXITED(status)) {
     return -1;

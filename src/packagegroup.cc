@@ -1,5 +1,6 @@
 #include "packagegroup.h"
 
+#include <cstring>
 #include <string>
 
 #include "constants.h"
@@ -222,8 +223,7 @@ int PackageGroup::buildNumber(const char* stamp) {
   // DDMMYYYY read as YYYYMMDD. A stamp shorter than eight characters ends at its own NUL,
   // so the first position that it lacks ends the number as the end of the text would.
   static const unsigned order[] = {4, 5, 6, 7, 2, 3, 0, 1};
-  unsigned length = 0;
-  while (length < 8 && stamp[length] != '\0') ++length;
+  const size_t length = std::strlen(stamp);
   int number = 0;
   for (unsigned position : order) {
     if (position >= length) break;
