@@ -1,6 +1,7 @@
 #include "package.h"
 
 #include "linklines.h"
+#include "messages.h"
 #include "packagename.h"
 #include "scratch.h"
 
@@ -58,7 +59,7 @@ TEST(Package, ScriptSymlinksReadTheRemovalLinesToTheirLimits) {
 TEST_F(PackageTest, ALoadStartsFromNothing) {
   write("var/log/packages/a-1-x-1",
         "PACKAGE NAME: a-1-x-1\nPACKAGE LOCATION: l\n"
-        "COMPRESSED PACKAGE SIZE: 1\nFILE LIST:\nf\n");
+        "COMPRESSED PACKAGE SIZE: 1\nPACKAGE DESCRIPTION:\na: d\nFILE LIST:\nf\n");
   for (const char* dir : {"scripts", "postinst", "deps", "build"})
     write(std::string("var/log/") + dir + "/a-1-x-1", "x\n");
   Package package;
@@ -69,9 +70,19 @@ TEST_F(PackageTest, ALoadStartsFromNothing) {
   EXPECT_EQ(package.location, "");
   EXPECT_EQ(package.compressedSizeK, 0u);
   EXPECT_EQ(package.files.size(), 0u);
+  EXPECT_EQ(package.descriptions.size(), 0u);
   EXPECT_EQ(package.doinstScript.size(), 0u);
   EXPECT_EQ(package.postinstScript.size(), 0u);
   EXPECT_EQ(package.deps.size(), 0u);
   EXPECT_EQ(package.buildInfo.size(), 0u);
   EXPECT_FALSE(package.fromDatabase);
+}
+
+// Only the trace tells the name that a load looks up: the last three tokens dropped.
+TEST_F(PackageTest, TheTraceTellsTheLookedUpName) {
+  DebugLog::instance().enabled = true;
+  testing::internal::CaptureStdout();
+  Package().loadFromDatabase("a-b-1-x-1");
+  DebugLog::instance().enabled = false;
+  EXPECT_EQ(testing::internal::GetCapturedStdout(), "loading package: a-b\n");
 }
