@@ -31,16 +31,20 @@ Repositories::Failure::Kind kindOf(Download::Result result) {
   return Repositories::Failure::Transfer;
 }
 
-// Opens `name` in `dir` for reading and writing without following a link; whatever other
-// than a plain file stands there is removed first.
-Descriptor openPlain(int dir, const std::string& name) {
-  for (int tries = 0; tries < 2; ++tries) {
-    Descriptor file(openat(dir, name.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC, 0600));
-    struct stat status;
-    if (file.valid() && fstat(file.get(), &status) == 0 && S_ISREG(status.st_mode)) return file;
-    if (unlinkat(dir, name.c_str(), 0) != 0 && errno != ENOENT) break;
-  }
+// Opens `name` in `dir` for reading and writing without following a link; nothing when
+// anything other than a plain file stands there.
+Descriptor openIfPlain(int dir, const std::string& name) {
+  Descriptor file(openat(dir, name.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC, 0600));
+  struct stat status;
+  if (file.valid() && fstat(file.get(), &status) == 0 && S_ISREG(status.st_mode)) return file;
   return Descriptor(-1);
+}
+
+// The same, with whatever other than a plain file stands there removed first.
+Descriptor openPlain(int dir, const std::string& name) {
+  Descriptor file = openIfPlain(dir, name);
+  if (file.valid() || (unlinkat(dir, name.c_str(), 0) != 0 && errno != ENOENT)) return file;
+  return openIfPlain(dir, name);
 }
 
 bool whole(int file, const IndexEntry& entry, Repositories::Failure::Kind& kind) {
