@@ -66,9 +66,8 @@ void FileSystem::removeTree(const std::string& path, bool underRoot) {
   }
   descent.push_back(path);
   const TextVector names = entries();
-  for (unsigned i = 0; i < names.size(); ++i) {
-    if (isDotEntry(names[i])) continue;
-    removeTree(names[i], underRoot);
+  for (const char* name : names) {
+    if (!isDotEntry(name)) removeTree(name, underRoot);
   }
   descent.pop_back();
   remove(prefix + path, underRoot);
@@ -158,8 +157,6 @@ std::string FileSystem::baseName(const std::string& path) {
 
 // A name without a dot past its first character yields nothing rather than itself.
 std::string FileSystem::stripExtension(const std::string& name) {
-  for (std::string::size_type index = name.size(); index-- > 1;) {
-    if (name[index] == '.') return name.substr(0, index);
-  }
-  return "";
+  const std::string::size_type dot = name.rfind('.');
+  return dot == std::string::npos || dot == 0 ? "" : name.substr(0, dot);
 }
