@@ -27,8 +27,9 @@ namespace {
 int status = QueryExitAnswered;
 // Whether an answer so far needed something that it could not read.
 bool problemTold = false;
-// --format: lines of tab-separated fields for scripts in place of the plain answers.
-bool formatted = false;
+// --format: lines of tab-separated fields for scripts in place of the plain answers; set from
+// the command line before any answer.
+bool formatted;
 
 void raiseStatus(int exitStatus) {
   status = std::max(status, exitStatus);
@@ -53,7 +54,9 @@ void complain(const std::string& sentence, int exitStatus) {
 
 // Flushes the answer: a full disk or a closed standard output loses it, which the status says.
 int finish() {
-  if (fflush(stdout) != 0 || ferror(stdout)) {
+  // A failed flush leaves the stream's error mark set, as any failed write before it did.
+  fflush(stdout);
+  if (ferror(stdout)) {
     complain(Lang::instance().get("QueryErrorCannotWrite"), QueryExitUnwritten);
   }
   return status;
