@@ -25,12 +25,18 @@ TEST_F(MessagesTest, PrintersComplainAboutWrongCounts) {
             "about arg.\n\033[1;0m\033[1;33m\033[1;0m");
   testing::internal::CaptureStdout();
   printMessage(MessageDeletingFile);
+  printMessage(MessagePackageDescription, "x");
+  printMessage(MessagePackageDescription, "x", "y");
+  printHelp(HelpType(4), "v");
   TextVector lines;
   lines.push_back("a: one");
   printDescription(lines);
   colorsEnabled = false;
   EXPECT_EQ(testing::internal::GetCapturedStdout(),
             "\033[1;0mThis Message should not be here\n\033[1;0m"
+            "\033[1;0mThis Message should not be here, maybe you forgot about arg.\n\033[1;0m"
+            "\033[1;0mThis Message should not be here, maybe you forgot about arg1 or arg2.\n"
+            "\033[1;0m\033[1;0m\033[1;0m"
             "\033[1;0m\033[1;0mAbout:\na: one\n\n\033[1;0m\033[1;0m");
 }
 
