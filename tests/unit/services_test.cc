@@ -1,6 +1,7 @@
 #include <regex>
 
 #include "dependencystore.h"
+#include "package.h"
 #include "packagegroup.h"
 #include "scratch.h"
 #include "smallfile.h"
@@ -36,6 +37,10 @@ TEST(PackageGroup, BuildStampsReadAsYearMonthDay) {
   PackageGroup group;
   EXPECT_EQ(group.checkDeps(PackageGroup::OperationInstall, false).size(), 0u);
   EXPECT_DEATH(group.checkDeps(PackageGroup::OperationNone, false), "Unhandled operation type");
+  Package a, b;
+  group.add(&a).add(&b).remove(&b);
+  EXPECT_EQ(group.packages.size(), 1u);
+  EXPECT_EQ(group.packages.front().first, &a);
 }
 
 TEST_F(ServicesTest, TheStoreFindsInstalledNamesWhole) {
