@@ -23,11 +23,11 @@ size_t receive(char* data, size_t size, size_t count, void* user) {
   const size_t bytes = size * count;
   if (transfer.held + bytes > transfer.limit) {
     transfer.tooLarge = true;
-    return 0;
+    return CURL_WRITEFUNC_ERROR;
   }
   if (!(*transfer.sink)(data, bytes)) {
     transfer.diskFailed = true;
-    return 0;
+    return CURL_WRITEFUNC_ERROR;
   }
   transfer.held += bytes;
   return bytes;
