@@ -373,17 +373,15 @@ TextVector Package::symlinksInOtherPackages(const TextVector& links, const std::
   if (links.size() == 0) return shared;
   Database database = Database::ofRoot(root);
   database.load();
-  const TextVector& installed = database.listing();
 
   // One pass over the stored scripts; a package without one names nothing.
   std::unordered_set<std::string> named;
-  for (unsigned i = 0; i < installed.size(); ++i) {
-    if (fullName == installed[i]) continue;
-    const FileList otherLinks = database.links(installed[i]);
-    for (unsigned j = 0; j < otherLinks.size(); ++j) named.insert(otherLinks[j]);
+  for (const char* entry : database.listing()) {
+    if (fullName == entry) continue;
+    for (const char* link : database.links(entry)) named.insert(link);
   }
-  for (unsigned i = 0; i < links.size(); ++i) {
-    if (named.count(links[i]) != 0) shared.push_back(links[i]);
+  for (const char* link : links) {
+    if (named.count(link) != 0) shared.push_back(link);
   }
   return shared;
 }
