@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <string>
+#include <string_view>
 #include <unordered_set>
 
 #include "constants.h"
@@ -455,9 +456,9 @@ void Package::warnRemove() {
   const FileList links = LinkLines::read(doinstScript);
   for (unsigned i = 0; i < links.size(); ++i) printMessage(MessageSymlinkWouldBeDeleted, links[i]);
   for (unsigned i = 0; i < files.size(); ++i) {
-    // The empty string, "." and "./": unlike removeFiles, ".profile" is listed.
-    const size_t length = std::strlen(files[i]);
-    if (length <= 2 && std::strncmp(files[i], "./", length) == 0) continue;
+    // Unlike removeFiles, this passes over nothing else: ".profile" is listed.
+    const std::string_view file = files[i];
+    if (file.empty() || file == "." || file == "./") continue;
     printMessage(MessageFileWouldBeDeleted, files[i]);
   }
 }
