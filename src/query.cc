@@ -155,9 +155,8 @@ void Query::files(const std::string& fullName, const PathVisitor& visit) const {
 void Query::files(const Package& package, const PathVisitor& visit) const {
   underRoot(
       [&package](const auto& entry) {
-        for (unsigned i = 0; i < package.files.size(); ++i) entry(package.files[i]);
-        const FileList linked = LinkLines::read(package.doinstScript);
-        for (unsigned i = 0; i < linked.size(); ++i) entry(linkPath(linked[i]));
+        for (const char* file : package.files) entry(file);
+        for (const char* link : LinkLines::read(package.doinstScript)) entry(linkPath(link));
       },
       visit);
 }
