@@ -94,7 +94,7 @@ pid_t start(const std::vector<std::string>& arguments, int input, int output) {
   sigemptyset(&none);
   posix_spawnattr_setsigmask(&attributes, &none);
   posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGMASK);
-  pid_t child = 0;
+  pid_t child;
   std::vector<char*> environment = toolEnvironment();
   const int failed =
       posix_spawnp(&child, argv[0], &actions, &attributes, argv.data(), environment.data());
