@@ -54,4 +54,7 @@ TEST_F(PackageRecordTest, ReadKeepsItsOddRules) {
   }
   EXPECT_EQ(PackageRecord::forEachListedFile(root + "/none", [](std::string_view) {}),
             PackageRecord::Listing::Unreadable);
+  // Writing says true when it fails, and replaces a record.
+  EXPECT_FALSE(record.write(root + "/r"));
+  EXPECT_TRUE(record.write(root + "/no/r"));
 }
