@@ -28,7 +28,9 @@ TEST_F(PackageRecordTest, ReadKeepsItsOddRules) {
        "120\n"
        "UNCOMPRESSED PACKAGE SIZE: 9K x\n",
        "a|x|120 9|", ""},
-      {"COMPRESSED PACKAGE SIZE: 12K 7\nUNCOMPRESSED PACKAGE SIZE: x\nFILE LIST:", "||12 0|", ""},
+      {"COMPRESSED PACKAGE SIZE: 12K 7\nCOMPRESSED PACKAGE SIZE:\nUNCOMPRESSED PACKAGE SIZE: x\n"
+       "FILE LIST:",
+       "||12 0|", ""},
       {"PACKAGE DESCRIPTION:\nd: one\nPACKAGE NAME: n m\nFILE LIST:x\nFILE\nLANGUAGE: pl\np: one\n"
        "LANGUAGE:\np: two\nFILE LIST:\nf1\n",
        "n||0 0|FILE,LANGUAGE: pl,p: one,LANGUAGE:,p: two,FILE LIST:,f1,f1"

@@ -25,6 +25,7 @@ TEST(PackageGroup, BuildStampsReadAsYearMonthDay) {
     const char* stamp;
     int number;
   } rows[] = {{"15022020", 20200215},
+              {"29121999", 19991229},
               {"01032020x", 20200301},
               {"0103202a", 202},
               {"x1032020", 202003},
