@@ -43,8 +43,8 @@ const std::vector<std::string>& Database::shortNames() const {
 const Database::Records& Database::records() const {
   if (sorted) return *sorted;
   Records found;
-  for (unsigned i = 0; i < entries.size(); ++i) {
-    if (isRecordName(entries[i])) found.fullNames.emplace_back(entries[i]);
+  for (const char* entry : entries) {
+    if (isRecordName(entry)) found.fullNames.emplace_back(entry);
   }
   std::sort(found.fullNames.begin(), found.fullNames.end());
   for (const std::string& fullName : found.fullNames) found.names.push_back(shortNameOf(fullName));

@@ -132,7 +132,7 @@ RepoOutcome RepoMaker::index(const std::string& dir, const std::string& keyPath,
   std::optional<Signature::SecretKey> key;
   std::string text;
   if (!keyPath.empty()) {
-    if (SmallFile::read(keyPath, zet::CONTROL_LIMIT, text)) key = Signature::readSecretKey(text);
+    if (SmallFile::read(keyPath, zet::KEY_LIMIT, text)) key = Signature::readSecretKey(text);
     if (!key) return {RepoOutcome::BadKey, keyPath};
   }
   RepoIndex index;
