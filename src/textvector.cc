@@ -1,14 +1,15 @@
 #include "textvector.h"
 
-#include <sys/stat.h>
+#include <fcntl.h>
+#include <unistd.h>
 
-#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <string>
 
 #include "constants.h"
+#include "descriptor.h"
 
 TextVector::TextVector(const TextVector& other) {
   for (unsigned i = 0; i < other.size(); ++i) push_back(other[i]);
@@ -32,9 +33,7 @@ void TextVector::push_back(const char* text, unsigned int length) {
   const size_t copied = strnlen(text, length);
   memcpy(copy, text, copied);
   memset(copy + copied, '\0', length + 1 - copied);
-  // Grow by doubling ourselves rather than trusting the library's growth factor.
-  if (items.size() == items.capacity())
-    items.reserve(items.capacity() == 0 ? 1 : 2 * items.capacity());
+  // The vector doubles a full array and starts at one, which is the growth this array keeps.
   items.push_back(copy);
 }
 
@@ -122,30 +121,17 @@ bool TextFile::load(const char* path) {
   });
 }
 
-// The file is read whole, which spares a library call and a copy per line; that counts when a
-// removal reads every record.
+// The file is read whole, in large blocks, which spares a library call and a copy per line;
+// that counts when a removal reads every record.
 bool TextFile::forEachLine(const char* path, const std::function<void(std::string_view)>& visit) {
-  FILE* file = fopen(path, "r");
-  if (file == nullptr) return false;
-  // The buffer below is the only one: a stdio buffer would cost a copy and a status query more.
-  setvbuf(file, nullptr, _IONBF, 0);
-  // Sized to the file where its size is known, so that a small record costs a small buffer;
-  // a pipe or a growing file is read on in blocks all the same.
-  struct stat status;
-  const size_t block = fstat(fileno(file), &status) == 0 && status.st_size > 0
-                           ? static_cast<size_t>(status.st_size) + 1
-                           : zet::READ_BLOCK;
+  const Descriptor file(open(path, O_RDONLY | O_CLOEXEC));
+  if (!file.valid()) return false;
   std::string content;
-  for (size_t used = 0;;) {
-    content.resize(used + block);
-    const size_t got = fread(&content[used], 1, block, file);
-    used += got;
-    if (got < block) {
-      content.resize(used);
-      break;
-    }
+  char block[zet::READ_BLOCK];
+  // A read error ends the text where it stands, as it would end a loop over lines.
+  for (ssize_t got; (got = read(file.get(), block, sizeof block)) > 0;) {
+    content.append(block, static_cast<size_t>(got));
   }
-  fclose(file);
   forEachLineOf(content, visit);
   return true;
 }
@@ -155,20 +141,16 @@ void TextFile::forEachLineOf(std::string_view content,
   // Cut as fgets into a 1024-byte buffer would cut it: each delivery runs through the next line
   // feed or stops at 1023 characters.
   constexpr size_t DELIVERY = 1023;
-  const char* const data = content.data();
   for (size_t start = 0; start < content.size();) {
-    const size_t room = std::min(DELIVERY, content.size() - start);
-    const char* const chunk = data + start;
-    const char* const feed = static_cast<const char*>(memchr(chunk, '\n', room));
-    const bool fed = feed != nullptr;
-    const size_t delivered = fed ? static_cast<size_t>(feed - chunk) + 1 : room;
+    const std::string_view chunk = content.substr(start, DELIVERY);
+    const char* const feed = static_cast<const char*>(memchr(chunk.data(), '\n', chunk.size()));
     // A NUL ends the line early; a CR counts as part of the line end only right before the
     // LF of the same delivery.
-    const size_t text = fed ? delivered - 1 : delivered;
-    size_t count = strnlen(chunk, text);
-    if (fed && count == text && count > 0 && chunk[count - 1] == '\r') --count;
-    visit(std::string_view(chunk, count));
-    start += delivered;
+    const size_t text = feed != nullptr ? static_cast<size_t>(feed - chunk.data()) : chunk.size();
+    size_t count = strnlen(chunk.data(), text);
+    if (feed != nullptr && count == text && count > 0 && chunk[count - 1] == '\r') --count;
+    visit(chunk.substr(0, count));
+    start += feed != nullptr ? text + 1 : text;
   }
 }
 
