@@ -42,6 +42,22 @@ int progressOf(void* user, curl_off_t total, curl_off_t now, curl_off_t, curl_of
   return 0;
 }
 
+// The options that every transfer shares: redirects followed, an HTTP error taken as a
+// failure, no signals (transfers run in threads), progress reported, and the bounds on a
+// connection that never comes or stalls.
+const struct {
+  CURLoption option;
+  long value;
+} SHARED_OPTIONS[] = {
+    {CURLOPT_FOLLOWLOCATION, 1},
+    {CURLOPT_FAILONERROR, 1},
+    {CURLOPT_NOSIGNAL, 1},
+    {CURLOPT_NOPROGRESS, 0},
+    {CURLOPT_CONNECTTIMEOUT, zet::CONNECT_SECONDS},
+    {CURLOPT_LOW_SPEED_LIMIT, zet::LOW_SPEED},
+    {CURLOPT_LOW_SPEED_TIME, zet::LOW_SPEED_SECONDS},
+};
+
 // libcurl is set up once for the whole process, at start-up, before any transfer runs in a
 // thread of its own.
 [[maybe_unused]] const CURLcode curlStarted = curl_global_init(CURL_GLOBAL_DEFAULT);
@@ -51,7 +67,6 @@ int progressOf(void* user, curl_off_t total, curl_off_t now, curl_off_t, curl_of
 Download::Result Download::run(const std::string& url, uint64_t offset, uint64_t limit,
                                const std::function<bool(const char*, size_t)>& sink,
                                const Progress& progress) {
-  error.clear();
   CURL* curl = curl_easy_init();
   if (curl == nullptr) {
     error = "libcurl";
@@ -62,16 +77,10 @@ Download::Result Download::run(const std::string& url, uint64_t offset, uint64_t
   curl_easy_setopt(curl, CURLOPT_URL, url.c_str());
   curl_easy_setopt(curl, CURLOPT_PROTOCOLS_STR, "http,https,file");
   curl_easy_setopt(curl, CURLOPT_REDIR_PROTOCOLS_STR, "http,https");
-  curl_easy_setopt(curl, CURLOPT_FOLLOWLOCATION, 1L);
-  curl_easy_setopt(curl, CURLOPT_FAILONERROR, 1L);
-  curl_easy_setopt(curl, CURLOPT_NOSIGNAL, 1L);
-  curl_easy_setopt(curl, CURLOPT_CONNECTTIMEOUT, zet::CONNECT_SECONDS);
-  curl_easy_setopt(curl, CURLOPT_LOW_SPEED_LIMIT, zet::LOW_SPEED);
-  curl_easy_setopt(curl, CURLOPT_LOW_SPEED_TIME, zet::LOW_SPEED_SECONDS);
+  for (const auto& shared : SHARED_OPTIONS) curl_easy_setopt(curl, shared.option, shared.value);
   curl_easy_setopt(curl, CURLOPT_ERRORBUFFER, message);
   curl_easy_setopt(curl, CURLOPT_WRITEFUNCTION, receive);
   curl_easy_setopt(curl, CURLOPT_WRITEDATA, &transfer);
-  curl_easy_setopt(curl, CURLOPT_NOPROGRESS, 0L);
   curl_easy_setopt(curl, CURLOPT_XFERINFOFUNCTION, progressOf);
   curl_easy_setopt(curl, CURLOPT_XFERINFODATA, &transfer);
   // From 0, no range is asked.
@@ -99,22 +108,18 @@ Download::Result Download::toText(const std::string& url, uint64_t limit, std::s
 Download::Result Download::toFile(const std::string& url, int file, uint64_t limit,
                                   const Progress& progress) {
   struct stat status;
-  if (fstat(file, &status) != 0 || lseek(file, 0, SEEK_END) < 0) return DiskFailed;
+  if (fstat(file, &status) != 0) return DiskFailed;
+  // A regular file takes a whole write unless the disk is full.
   const auto sink = [file](const char* data, size_t size) {
-    while (size > 0) {
-      const ssize_t written = write(file, data, size);
-      if (written <= 0) return false;
-      data += written;
-      size -= static_cast<size_t>(written);
-    }
-    return true;
+    return write(file, data, size) == static_cast<ssize_t>(size);
   };
   const uint64_t held = static_cast<uint64_t>(status.st_size);
-  if (held > 0 && held < limit) {
+  // From an empty file no range is asked, so none can be ignored and one run decides.
+  if (held < limit) {
     const Result result = run(url, held, limit, sink, progress);
     // A server that ignores the range sends the whole file again: start over.
     if (result != Failed || !rangeIgnored) return result;
   }
-  if (ftruncate(file, 0) != 0 || lseek(file, 0, SEEK_SET) != 0) return DiskFailed;
+  if (ftruncate(file, 0) != 0) return DiskFailed;
   return run(url, 0, limit, sink, progress);
 }

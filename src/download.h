@@ -23,11 +23,11 @@ class Download {
 
   // At most `limit` bytes of `url` onto the end of `text`.
   Result toText(const std::string& url, uint64_t limit, std::string& text);
-  // `url` onto the end of the open file `file`, up to `limit` bytes in all, resuming after
+  // `url` onto the end of `file`, open to append, up to `limit` bytes in all, resuming after
   // what the file holds.
   Result toFile(const std::string& url, int file, uint64_t limit, const Progress& progress);
 
-  // Why the last transfer failed.
+  // Why the last transfer that ended in Failed failed.
   std::string error;
 
  private:
