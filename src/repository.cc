@@ -34,7 +34,8 @@ Repositories::Failure::Kind kindOf(Download::Result result) {
 // Opens `name` in `dir` for reading and appending without following a link; nothing when
 // anything other than a plain file stands there.
 Descriptor openIfPlain(int dir, const std::string& name) {
-  Descriptor file(openat(dir, name.c_str(), O_RDWR | O_APPEND | O_CREAT | O_NOFOLLOW | O_CLOEXEC, 0600));
+  Descriptor file(
+      openat(dir, name.c_str(), O_RDWR | O_APPEND | O_CREAT | O_NOFOLLOW | O_CLOEXEC, 0600));
   struct stat status;
   if (file.valid() && fstat(file.get(), &status) == 0 && S_ISREG(status.st_mode)) return file;
   return Descriptor(-1);
