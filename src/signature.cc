@@ -103,8 +103,8 @@ std::string Signature::publicKeyText(const PublicKey& key) {
 }
 
 std::string Signature::secretKeyText(const SecretKey& key) {
-  std::vector<uint8_t> bytes(SECRET_SIZE, 0);
-  std::memcpy(bytes.data(), "Ed\0\0B2", 6);
+  std::vector<uint8_t> bytes{'E', 'd', 0, 0, 'B', '2'};
+  bytes.resize(SECRET_SIZE);
   std::memcpy(&bytes[SECRET_ID_AT], key.id.data(), key.id.size());
   std::memcpy(&bytes[SECRET_ID_AT + key.id.size()], key.key.data(), key.key.size());
   return std::string(UNTRUSTED) + "minisign encrypted secret key\n" + base64(bytes) + "\n";
