@@ -1,6 +1,7 @@
 #include "messages.h"
 
 #include <cstdio>
+#include <iterator>
 
 #include "lang.h"
 
@@ -17,7 +18,7 @@ const char* const COLOR_ESCAPES[] = {
     "\033[0;36m", "\033[0;35m", "\033[0;33m", "\033[0;37m", "\033[1;30m", "\033[1;34m",
     "\033[1;36m", "\033[1;35m", "\033[1;33m", "\033[1;0m",
 };
-const unsigned COLOR_COUNT = sizeof(COLOR_ESCAPES) / sizeof(COLOR_ESCAPES[0]);
+const unsigned COLOR_COUNT = std::size(COLOR_ESCAPES);
 
 struct KeyInfo {
   const char* key;
