@@ -18,12 +18,15 @@ TEST_F(MessagesTest, PrintersComplainAboutWrongCounts) {
   testing::internal::CaptureStderr();
   printError(ErrorNotRoot, "x", "y");
   printError(ErrorFileDoNotExist);
+  printError(ErrorNotRoot, "x");
   printWarning(WarningType(6), "x");
   printWarning(WarningFileChanged, "x", "y");
   printWarning(WarningFileChanged);
   EXPECT_EQ(testing::internal::GetCapturedStderr(),
             "\033[1;31mThis Error message should not be here, maybe you forgot about arg1 or arg2 "
-            "?\n\033[1;0m\033[1;31mThis Error message should not be here\n\033[1;0m\033[1;33mThis "
+            "?\n\033[1;0m\033[1;31mThis Error message should not be here\n\033[1;0m"
+            "\033[1;31mThis Error message should not be here, maybe you forgot about arg ?\n"
+            "\033[1;0m\033[1;33mThis "
             "Warning message should not be here, maybe you forgot "
             "about arg.\n\033[1;0m\033[1;33m\033[1;0m"
             "\033[1;33mThis Warning message should not be here\n\033[1;0m");

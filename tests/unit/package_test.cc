@@ -78,11 +78,19 @@ TEST_F(PackageTest, ALoadStartsFromNothing) {
   EXPECT_FALSE(package.fromDatabase);
 }
 
-// Only the trace tells the name that a load looks up: the last three tokens dropped.
-TEST_F(PackageTest, TheTraceTellsTheLookedUpName) {
+// Only traces tell the name that a load looks up (the last three tokens dropped) and what an
+// installation runs.
+TEST_F(PackageTest, TracesTellTheLookedUpNameAndTheUnpacking) {
   DebugLog::instance().enabled = true;
   testing::internal::CaptureStdout();
   Package().loadFromDatabase("a-b-1-x-1");
+  Package().loadFromFile("/none");
+  Package package;
+  package.location = "p.tgz";
+  package.install();
   DebugLog::instance().enabled = false;
-  EXPECT_EQ(testing::internal::GetCapturedStdout(), "loading package: a-b\n");
+  EXPECT_EQ(testing::internal::GetCapturedStdout(),
+            "loading package: a-b\nloading from file\ninstallation\n"
+            "exe: /lib/zetutils/tar -xzlUpf p.tgz -C " +
+                root + " 1>/dev/null\n");
 }
