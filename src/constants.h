@@ -60,8 +60,10 @@ constexpr unsigned long long KEY_LIMIT = 4096;
 constexpr unsigned long long HOLDER_LIMIT = 32;
 constexpr unsigned long long SCRIPT_LIMIT = 1ull << 30;
 constexpr unsigned long long CONTROL_LIMIT = 1 << 20;
-// Reads of a file whose size is not known go in blocks of this size.
+// Files are read in blocks of this size.
 constexpr unsigned long READ_BLOCK = 65536;
+// The block in which a file is copied.
+constexpr long COPY_BLOCK = 10240;
 // A transfer gives up after this long without a connection, or when it moves less than
 // LOW_SPEED bytes a second for LOW_SPEED_SECONDS.
 constexpr long CONNECT_SECONDS = 30;

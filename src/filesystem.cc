@@ -5,16 +5,17 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <climits>
 #include <cstdio>
 #include <cstring>
+#include <filesystem>
 #include <tuple>
+
+#include "constants.h"
 
 namespace {
 
-constexpr long COPY_BLOCK = 10240;
 // One buffer serves every copy, so copying allocates nothing per block.
-char copyBuffer[COPY_BLOCK];
+char copyBuffer[zet::COPY_BLOCK];
 
 }  // namespace
 
@@ -95,11 +96,9 @@ bool FileSystem::list(const std::string& path, bool underRoot) {
 
 // The overwrite test always looks under the root, whatever `underRoot` says.
 bool FileSystem::linkTarget(const std::string& path, std::string& target) {
-  target.assign(PATH_MAX, '\0');
-  const ssize_t length = readlink(path.c_str(), &target[0], target.size());
-  if (length < 0 || static_cast<size_t>(length) >= target.size()) return false;
-  target.resize(static_cast<size_t>(length));
-  return true;
+  std::error_code failed;
+  target = std::filesystem::read_symlink(path, failed);
+  return !failed;
 }
 
 bool FileSystem::isDotEntry(const char* name) {
@@ -121,9 +120,9 @@ bool FileSystem::copy(const std::string& destination, const std::string& source,
   fseek(in, 0, SEEK_END);
   const long size = ftell(in);
   rewind(in);
-  for (long position = 0; position < size; position += COPY_BLOCK) {
-    std::ignore = fread(copyBuffer, 1, COPY_BLOCK, in);
-    fwrite(copyBuffer, 1, std::min(COPY_BLOCK, size - position), out);
+  for (long position = 0; position < size; position += zet::COPY_BLOCK) {
+    std::ignore = fread(copyBuffer, 1, zet::COPY_BLOCK, in);
+    fwrite(copyBuffer, 1, std::min(zet::COPY_BLOCK, size - position), out);
   }
   fclose(in);
   fclose(out);
