@@ -4,6 +4,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <memory>
+
 #include "constants.h"
 
 namespace {
@@ -67,13 +69,16 @@ const struct {
 Download::Result Download::run(const std::string& url, uint64_t offset, uint64_t limit,
                                const std::function<bool(const char*, size_t)>& sink,
                                const Progress& progress) {
-  CURL* curl = curl_easy_init();
-  if (curl == nullptr) {
-    error = "libcurl";
-    return Failed;
-  }
+  // Declared before the handle, so that they outlive it.
   Transfer transfer{&sink, &progress, offset, offset, limit};
   char message[CURL_ERROR_SIZE] = "";
+  const std::unique_ptr<CURL, decltype(&curl_easy_cleanup)> handle(curl_easy_init(),
+                                                                   curl_easy_cleanup);
+  if (!handle) {
+    error = curl_easy_strerror(CURLE_FAILED_INIT);
+    return Failed;
+  }
+  CURL* const curl = handle.get();
   curl_easy_setopt(curl, CURLOPT_URL, url.c_str());
   curl_easy_setopt(curl, CURLOPT_PROTOCOLS_STR, "http,https,file");
   curl_easy_setopt(curl, CURLOPT_REDIR_PROTOCOLS_STR, "http,https");
@@ -86,7 +91,6 @@ Download::Result Download::run(const std::string& url, uint64_t offset, uint64_t
   // From 0, no range is asked.
   curl_easy_setopt(curl, CURLOPT_RESUME_FROM_LARGE, curl_off_t(offset));
   const CURLcode code = curl_easy_perform(curl);
-  curl_easy_cleanup(curl);
   if (transfer.tooLarge) return TooLarge;
   if (transfer.diskFailed) return DiskFailed;
   if (code == CURLE_OK) return Done;
