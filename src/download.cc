@@ -94,7 +94,9 @@ Download::Result Download::run(const std::string& url, uint64_t offset, uint64_t
   if (transfer.tooLarge) return TooLarge;
   if (transfer.diskFailed) return DiskFailed;
   if (code == CURLE_OK) return Done;
-  error = message[0] != '\0' ? message : curl_easy_strerror(code);
+  error = message;
+  // libcurl leaves its buffer empty where it has nothing to add to the code's own text.
+  if (error.empty()) error = curl_easy_strerror(code);
   rangeIgnored = code == CURLE_RANGE_ERROR;
   return Failed;
 }
