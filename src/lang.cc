@@ -4,6 +4,7 @@
 #include <cctype>
 #include <cstdio>
 #include <cstring>
+#include <string_view>
 
 #include "constants.h"
 #include "textvector.h"
@@ -88,10 +89,11 @@ std::vector<std::string> Lang::split(const std::string& marker, const std::strin
   return fragments;
 }
 
+// A start at the end or past it leaves nothing to take.
 std::string Lang::substring(const char* text, int start, unsigned length) {
-  const size_t size = strlen(text);
-  if (start < 0 || static_cast<size_t>(start) >= size) return std::string();
-  return std::string(text + start, std::min<size_t>(length, size - start));
+  if (start < 0) return std::string();
+  const std::string_view whole(text);
+  return std::string(whole.substr(std::min<size_t>(start, whole.size()), length));
 }
 
 void loadLanguage(const std::string& name) {
