@@ -143,10 +143,10 @@ void warningComplaint(const char* text) {
 }
 
 bool errorTakes(ErrorType type, unsigned count) {
-  return errorKey(type) && errorArgCount(type) == count;
+  return errorArgCount(type) == count;
 }
 bool messageTakes(MessageType type, unsigned count) {
-  return messageKey(type) && messageArgCount(type) == count;
+  return messageArgCount(type) == count;
 }
 
 }  // namespace
@@ -160,8 +160,9 @@ void setColors(Color error, Color warning, Color message) {
 const char* errorKey(ErrorType type) {
   return inTable(ERROR_KEYS, type) ? ERROR_KEYS[type].key : nullptr;
 }
-unsigned errorArgCount(ErrorType type) {
-  return inTable(ERROR_KEYS, type) ? ERROR_KEYS[type].argCount : 0;
+std::optional<unsigned> errorArgCount(ErrorType type) {
+  if (!inTable(ERROR_KEYS, type)) return std::nullopt;
+  return ERROR_KEYS[type].argCount;
 }
 const char* warningKey(WarningType type) {
   return inTable(WARNING_KEYS, type) ? WARNING_KEYS[type] : nullptr;
@@ -169,8 +170,9 @@ const char* warningKey(WarningType type) {
 const char* messageKey(MessageType type) {
   return inTable(MESSAGE_KEYS, type) ? MESSAGE_KEYS[type].key : nullptr;
 }
-unsigned messageArgCount(MessageType type) {
-  return inTable(MESSAGE_KEYS, type) ? MESSAGE_KEYS[type].argCount : 0;
+std::optional<unsigned> messageArgCount(MessageType type) {
+  if (!inTable(MESSAGE_KEYS, type)) return std::nullopt;
+  return MESSAGE_KEYS[type].argCount;
 }
 const char* helpKey(HelpType type) {
   return inTable(HELP_KEYS, type) ? HELP_KEYS[type] : nullptr;

@@ -6,6 +6,7 @@
 #ifndef ZET_MESSAGES_H
 #define ZET_MESSAGES_H
 
+#include <optional>
 #include <string>
 
 #include "textvector.h"
@@ -99,13 +100,13 @@ void printHelp(HelpType type, const std::string& version);
 void printDescription(const TextVector& lines);
 
 // The language key of each value, and how many "[ARG]" markers its sentence has; for the
-// check of language files. Values outside the enumeration give a null key.
+// check of language files. Values outside the enumeration give a null key and no count.
 const char* errorKey(ErrorType type);
 const char* warningKey(WarningType type);
 const char* messageKey(MessageType type);
 const char* helpKey(HelpType type);
-unsigned errorArgCount(ErrorType type);
-unsigned messageArgCount(MessageType type);
+std::optional<unsigned> errorArgCount(ErrorType type);
+std::optional<unsigned> messageArgCount(MessageType type);
 
 // Trace stream of the package loaders: writes to standard output only while enabled.
 class DebugLog {
