@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <filesystem>
+#include <tuple>
 
 #include "constants.h"
 #include "smallfile.h"
@@ -19,7 +20,8 @@ bool RunLock::open() {
 
 void RunLock::sign() {
   const std::string pid = std::to_string(getpid()) + "\n";
-  if (ftruncate(file.get(), 0) != 0 || pwrite(file.get(), pid.data(), pid.size(), 0) < 0) return;
+  // Only a help to whoever finds the lock taken: a write that fails changes nothing else.
+  if (ftruncate(file.get(), 0) == 0) std::ignore = pwrite(file.get(), pid.data(), pid.size(), 0);
 }
 
 RunLock::Attempt RunLock::tryTake() {
