@@ -391,6 +391,7 @@ void Package::removeSymlinks(const TextVector& links, const TextVector& shared,
                              const std::string& root) {
   const std::unordered_set<std::string> sharedSet = setOf(shared);
   for (unsigned i = 0; i < links.size(); ++i) {
+    // The root is in the path already, so the removals below take it as it stands.
     const std::string path = root + "/" + links[i];
     if (sharedSet.count(links[i]) != 0) {
       printMessage(MessageSymlinkFoundInAnotherPackage, path);
@@ -411,6 +412,7 @@ void Package::removeFiles(const TextVector& files, const TextVector& shared,
   for (unsigned i = files.size(); i-- > 0;) {
     // Drops "./" and, with it, every top-level name that begins with a dot.
     if (files[i][0] == '.') continue;
+    // As for links: the path holds the root, and is removed as it stands.
     const std::string path = root + "/" + files[i];
     if (sharedSet.count(files[i]) != 0) {
       printMessage(MessageFileFoundInAnotherPackage, path);

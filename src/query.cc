@@ -81,6 +81,7 @@ std::vector<std::string> Query::match(const std::string& pattern) const {
   const std::vector<std::string>& packages = database.installed();
   const std::vector<std::string>& shortNames = database.shortNames();
   std::vector<std::string> found;
+  // Names hold no slash and patterns keep their escapes, so fnmatch needs no flag.
   for (size_t i = 0; i < packages.size(); ++i) {
     if (fnmatch(pattern.c_str(), packages[i].c_str(), 0) == 0 ||
         fnmatch(pattern.c_str(), shortNames[i].c_str(), 0) == 0) {
