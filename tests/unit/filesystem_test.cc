@@ -8,7 +8,6 @@
 
 using FileSystemTest = Scratch;
 
-// The paths of the end-to-end cases all have a dot; a name without one strips to nothing.
 TEST(FileSystem, ANameWithoutADotStripsToNothing) {
   EXPECT_EQ(FileSystem::stripExtension("name"), "");
 }

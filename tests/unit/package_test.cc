@@ -78,8 +78,7 @@ TEST_F(PackageTest, ALoadStartsFromNothing) {
   EXPECT_FALSE(package.fromDatabase);
 }
 
-// Only traces tell the name that a load looks up (the last three tokens dropped) and what an
-// installation runs.
+// Only traces tell the name a load looks up (three tokens dropped) and the unpacking.
 TEST_F(PackageTest, TracesTellTheLookedUpNameAndTheUnpacking) {
   DebugLog::instance().enabled = true;
   testing::internal::CaptureStdout();
