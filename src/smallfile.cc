@@ -10,10 +10,13 @@
 bool SmallFile::read(const std::string& path, uint64_t limit, std::string& text) {
   text.clear();
   const Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC));
-  if (!file.valid()) return false;
+  return file.valid() && readFrom(file.get(), limit, text);
+}
+
+bool SmallFile::readFrom(int file, uint64_t limit, std::string& text) {
   char block[zet::READ_BLOCK];
   ssize_t got;
-  while ((got = ::read(file.get(), block, sizeof block)) > 0 && text.size() <= limit) {
+  while ((got = ::read(file, block, sizeof block)) > 0 && text.size() <= limit) {
     text.append(block, static_cast<size_t>(got));
   }
   return got == 0 && text.size() <= limit;

@@ -14,6 +14,9 @@ class SmallFile {
  public:
   // False when the file cannot be read or holds more than `limit` bytes.
   static bool read(const std::string& path, uint64_t limit, std::string& text);
+  // Appends what the open `file` holds from where it stands; false on a read error or when
+  // `text` grows past `limit` bytes.
+  static bool readFrom(int file, uint64_t limit, std::string& text);
   // False, with nothing left behind, when any step fails.
   static bool write(const std::string& path, const std::string& text, mode_t mode);
 };

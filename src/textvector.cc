@@ -1,15 +1,17 @@
 #include "textvector.h"
 
 #include <fcntl.h>
-#include <unistd.h>
 
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <string>
+#include <tuple>
 
 #include "constants.h"
 #include "descriptor.h"
+#include "smallfile.h"
 
 TextVector::TextVector(const TextVector& other) {
   for (unsigned i = 0; i < other.size(); ++i) push_back(other[i]);
@@ -127,11 +129,8 @@ bool TextFile::forEachLine(const char* path, const std::function<void(std::strin
   const Descriptor file(open(path, O_RDONLY | O_CLOEXEC));
   if (!file.valid()) return false;
   std::string content;
-  char block[zet::READ_BLOCK];
   // A read error ends the text where it stands, as it would end a loop over lines.
-  for (ssize_t got; (got = read(file.get(), block, sizeof block)) > 0;) {
-    content.append(block, static_cast<size_t>(got));
-  }
+  std::ignore = SmallFile::readFrom(file.get(), UINT64_MAX, content);
   forEachLineOf(content, visit);
   return true;
 }
