@@ -15,18 +15,6 @@ std::string stanza(const std::string& name, const std::string& file) {
 
 }  // namespace
 
-TEST(RepoIndex, ReadsWhatItWritesAndIgnoresUnknownKeys) {
-  RepoIndex::Finding finding;
-  const auto index = RepoIndex::read(
-      HEAD + stanza("a-b", "a-b-1.0-x-1.tgz") + "Deps:  c  d\nBuild: 01022026\nX: y\n", finding);
-  ASSERT_TRUE(index);
-  EXPECT_EQ(index->serial, 9999999999999999999u);
-  EXPECT_EQ(index->date, 3u);
-  EXPECT_EQ(index->entries[0].deps, (std::vector<std::string>{"c", "d"}));
-  EXPECT_EQ(index->entries[0].fullName(), "a-b-1.0-x-1");
-  EXPECT_EQ(RepoIndex::read(index->text(), finding)->text(), index->text());
-}
-
 TEST(RepoIndex, RefusesEachBrokenStanzaWithItsLine) {
   const struct {
     std::string text;
