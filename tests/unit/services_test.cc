@@ -4,6 +4,7 @@
 #include "package.h"
 #include "packagegroup.h"
 #include "scratch.h"
+#include "scriptrunner.h"
 #include "smallfile.h"
 
 using ServicesTest = Scratch;
@@ -55,6 +56,19 @@ TEST_F(ServicesTest, TheStoreFindsInstalledNamesWhole) {
   EXPECT_FALSE(store.isInstalled("foo"));
   EXPECT_FALSE(store.isInstalled("foo-bar-1.2-x-1x"));
   EXPECT_EQ(store.resolve(2).size(), 0u);
+}
+
+// A stale copy is overwritten, the copy goes after the run, and only a failed copy is false.
+TEST_F(ServicesTest, AScriptRunsFromAFreshCopy) {
+  const std::string temp = TempArea::instance().getPath();
+  std::ofstream(temp + "/script") << "exit";
+  ScriptRunner script;
+  script.push_back("echo $1 >out");
+  EXPECT_TRUE(script.run("x", root));
+  EXPECT_EQ(read(root + "/out"), "x\n");
+  EXPECT_FALSE(std::filesystem::exists(temp + "/script"));
+  std::filesystem::remove(temp);
+  EXPECT_FALSE(script.run("x", root));
 }
 
 TEST_F(ServicesTest, SmallFileKeepsItsLimitAndCleansUp) {
