@@ -1,6 +1,5 @@
 #include "repomaker.h"
 
-#include <dirent.h>
 #include <fcntl.h>
 #include <spawn.h>
 #include <sys/stat.h>
@@ -9,6 +8,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <filesystem>
 #include <optional>
 #include <vector>
 
@@ -18,6 +18,7 @@
 #include "repoindex.h"
 #include "signature.h"
 #include "smallfile.h"
+#include "textutil.h"
 
 extern char** environ;
 
@@ -33,13 +34,12 @@ std::string trimmed(const std::string& text) {
   return text.substr(start, text.find_last_not_of(" \t\r") + 1 - start);
 }
 
-// A control file as it was unpacked, unless it is a link or missing.
+// A control file as it was unpacked. A link is not followed, so that a package cannot make the
+// index show a file of this machine; one that cannot be opened reads as empty.
 std::string control(const std::string& dir, const std::string& name) {
-  const std::string path = dir + "/" + name;
-  struct stat status;
-  if (lstat(path.c_str(), &status) != 0 || S_ISLNK(status.st_mode)) return "";
+  const Descriptor file(open((dir + "/" + name).c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC));
   std::string text;
-  SmallFile::read(path, zet::CONTROL_LIMIT, text);
+  SmallFile::readFrom(file.get(), zet::CONTROL_LIMIT, text);
   return text;
 }
 
@@ -91,19 +91,16 @@ bool readControl(const std::string& package, IndexEntry& entry) {
 
 // The package files of the directory, in byte order of their names.
 bool packageFiles(const std::string& dir, std::vector<std::string>& files) {
-  DIR* listing = opendir(dir.c_str());
-  if (listing == nullptr) return false;
-  const std::string extension = ".tgz";
-  while (const dirent* entry = readdir(listing)) {
-    const std::string name = entry->d_name;
-    if (name.size() > extension.size() &&
-        name.compare(name.size() - extension.size(), extension.size(), extension) == 0) {
+  std::error_code failed;
+  for (const auto& entry : std::filesystem::directory_iterator(dir, failed)) {
+    std::string name = entry.path().filename();
+    // ".tgz" alone names no package; it is passed over.
+    if (endsWith(name, zet::PACKAGE_EXTENSION) && name != zet::PACKAGE_EXTENSION) {
       files.push_back(name);
     }
   }
-  closedir(listing);
   std::sort(files.begin(), files.end());
-  return true;
+  return !failed;
 }
 
 }  // namespace
