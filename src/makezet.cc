@@ -73,10 +73,10 @@ bool validStamp(const std::string& stamp) {
 }
 
 // How many times the option `name` stands on the command line: the parser keeps the last.
+// A word that is no option has no option name, and no option can stand as a value.
 int timesGiven(int argc, char** argv, const char* name) {
   int times = 0;
-  for (int i = 1; i < argc; ++i)
-    times += Args::isOption(argv[i]) && Args::optionName(argv[i]) == name;
+  for (int i = 1; i < argc; ++i) times += Args::optionName(argv[i]) == name;
   return times;
 }
 
