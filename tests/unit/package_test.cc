@@ -93,3 +93,16 @@ TEST_F(PackageTest, TracesTellTheLookedUpNameAndTheUnpacking) {
             "exe: /lib/zetutils/tar -xzlUpf p.tgz -C " +
                 root + " 1>/dev/null\n");
 }
+
+// Under another root as under "/", the paths that a removal forms hold the root already.
+TEST_F(PackageTest, RemovalsTakeTheirRootOnce) {
+  write("d/f", "");
+  std::filesystem::create_symlink("f", root + "/l");
+  TextVector files, links;
+  files.split(' ', "d/ d/f");
+  links.split(' ', "l");
+  Package::removeSymlinks(links, TextVector(), root);
+  Package::removeFiles(files, TextVector(), root);
+  EXPECT_FALSE(std::filesystem::exists(root + "/d"));
+  EXPECT_FALSE(std::filesystem::is_symlink(root + "/l"));
+}
