@@ -1,9 +1,7 @@
 // One fuzz target for the parsers of outside input: the first byte picks the parser, the rest
-// is its input, written to a file for those that read files (a command line takes its lines
-// as words). Besides crashes and undefined
-// behaviour it checks that lines are cut as fgets into a 1024-byte buffer cuts them, and that
-// a record's listed files are what a full read lists from its first "FILE LIST:" line, and
-// that an index that reads writes itself back as it reads.
+// is its input, also as a file. Beyond crashes and undefined behaviour it checks that lines
+// are cut as fgets into 1024 bytes cuts them, that a record lists the files a full read
+// lists, and that an index writes itself back as it reads.
 #include <unistd.h>
 
 #include <cstdio>
