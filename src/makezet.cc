@@ -27,6 +27,7 @@
 #include "packagename.h"
 #include "packagetree.h"
 #include "repomaker.h"
+#include "smallfile.h"
 #include "textutil.h"
 
 namespace {
@@ -162,9 +163,7 @@ PackageTree readTree(const std::string& dir, const std::string& shortName, const
 // package that was there stays whole until the new one replaces it.
 void writePackage(const PackageTree& tree, const std::string& dir, const std::string& output,
                   uint64_t time) {
-  const size_t slash = output.rfind('/');
-  const size_t start = slash == std::string::npos ? 0 : slash + 1;
-  const std::string pattern = output.substr(0, start) + "." + output.substr(start) + ".XXXXXX";
+  const std::string pattern = SmallFile::temporaryBeside(output);
   std::string temporary = pattern;
   for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGQUIT})
     std::signal(signal, removePendingFile);

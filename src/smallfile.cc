@@ -23,9 +23,7 @@ bool SmallFile::readFrom(int file, uint64_t limit, std::string& text) {
 }
 
 bool SmallFile::write(const std::string& path, const std::string& text, mode_t mode) {
-  const size_t slash = path.rfind('/');
-  const size_t start = slash == std::string::npos ? 0 : slash + 1;
-  std::string temporary = path.substr(0, start) + "." + path.substr(start) + ".XXXXXX";
+  std::string temporary = temporaryBeside(path);
   Descriptor file(mkstemp(&temporary[0]));
   if (!file.valid()) return false;
   // A regular file takes a whole write unless the disk is full.
@@ -36,4 +34,10 @@ bool SmallFile::write(const std::string& path, const std::string& text, mode_t m
   good = good && rename(temporary.c_str(), path.c_str()) == 0;
   if (!good) unlink(temporary.c_str());
   return good;
+}
+
+std::string SmallFile::temporaryBeside(const std::string& path) {
+  const size_t slash = path.rfind('/');
+  const size_t start = slash == std::string::npos ? 0 : slash + 1;
+  return path.substr(0, start) + "." + path.substr(start) + ".XXXXXX";
 }

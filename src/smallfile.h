@@ -19,6 +19,8 @@ class SmallFile {
   static bool readFrom(int file, uint64_t limit, std::string& text);
   // False, with nothing left behind, when any step fails.
   static bool write(const std::string& path, const std::string& text, mode_t mode);
+  // The mkstemp pattern of a hidden file beside `path`: ".NAME.XXXXXX" in its directory.
+  static std::string temporaryBeside(const std::string& path);
 };
 
 #endif
