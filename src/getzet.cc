@@ -88,7 +88,6 @@ void report(const std::vector<Repositories::Failure>& failures, bool done,
     const std::string sentence = sentenceOf(failure, exitStatus);
     worst = std::max(worst, exitStatus);
     if (done) {
-      fflush(stdout);
       printWarning(sentence);
     } else {
       complain(sentence, exitStatus);
@@ -244,7 +243,10 @@ void fetch(Repositories& repositories, const std::vector<std::string>& names) {
     progress.finish(path.has_value());
     report(failures, path.has_value(),
            Lang::instance().get("GetErrorFetchFailed", offer.entry->file));
-    if (path) printLine(*path);
+    if (!path) continue;
+    // Each path as soon as its file is whole, for a reader that goes on with it meanwhile.
+    printLine(*path);
+    fflush(stdout);
   }
 }
 
