@@ -115,8 +115,9 @@ bool readEntry(const Stanza& stanza, IndexEntry& entry, RepoIndex::Finding& find
     return fail(RepoIndex::NameMismatch, name);
   }
   entry.name = *name;
-  const std::optional<uint64_t> size = numberOf(stanza.get("Size"));
-  if (!size) return fail(RepoIndex::NoSize, stanza.get("Size"));
+  const std::string* sizeText = stanza.get("Size");
+  const std::optional<uint64_t> size = numberOf(sizeText);
+  if (!size) return fail(RepoIndex::NoSize, sizeText);
   entry.size = *size;
   const std::string* sha256 = stanza.get("SHA256");
   if (!sha256 || !lowerHex(*sha256)) return fail(RepoIndex::NoChecksum, sha256);
