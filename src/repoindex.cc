@@ -4,8 +4,10 @@
 #include <map>
 
 #include "constants.h"
+#include "filesystem.h"
 #include "linklines.h"
 #include "packagename.h"
+#include "textutil.h"
 
 namespace {
 
@@ -143,12 +145,11 @@ std::string IndexEntry::fullName() const {
 }
 
 bool RepoIndex::plainPackageFile(const std::string& file) {
-  const std::string extension = zet::PACKAGE_EXTENSION;
   PackageName name;
-  return file.size() > extension.size() &&
-         file.compare(file.size() - extension.size(), extension.size(), extension) == 0 &&
-         file[0] != '.' && file.find('/') == std::string::npos && LinkLines::plainWord(file) &&
-         name.parse(file.substr(0, file.size() - extension.size())) && !name.name.empty();
+  // A leading dot also turns away ".tgz" alone.
+  return endsWith(file, zet::PACKAGE_EXTENSION) && file[0] != '.' &&
+         file.find('/') == std::string::npos && LinkLines::plainWord(file) &&
+         name.parse(FileSystem::stripExtension(file)) && !name.name.empty();
 }
 
 std::optional<RepoIndex> RepoIndex::read(const std::string& text, Finding& finding) {
