@@ -27,6 +27,7 @@ TEST(RepoIndex, RefusesEachBrokenStanzaWithItsLine) {
       {"Format: zet-index 1\nSerial: 99999999999999999999\nDate: 1\n", RepoIndex::BadSerial, 1},
       {HEAD + "no colon\n", RepoIndex::BadLine, 5},
       {HEAD + "a b: c\n", RepoIndex::BadLine, 5},
+      {HEAD + ": c\n", RepoIndex::BadLine, 5},
       {HEAD + stanza("x", "d/x-1-a-1.tgz"), RepoIndex::BadFile, 5},
       {HEAD + stanza("x", "x-1-a-1.tgz;rm"), RepoIndex::BadFile, 5},
       {HEAD + stanza("x", ".x-1-a-1.tgz"), RepoIndex::BadFile, 5},
