@@ -3,6 +3,8 @@
 #include <fstream>
 #include <sstream>
 
+#include "textutil.h"
+
 bool RepoConfig::plainName(const std::string& name) {
   if (name.empty() || name[0] == '.' || name[0] == '-') return false;
   for (const char c : name) {
@@ -15,7 +17,7 @@ bool RepoConfig::plainName(const std::string& name) {
 
 bool RepoConfig::knownScheme(const std::string& url) {
   for (const char* scheme : {"http://", "https://", "file://"}) {
-    if (url.rfind(scheme, 0) == 0 && url.size() > std::string(scheme).size()) return true;
+    if (startsWith(url, scheme) && url.size() > std::string(scheme).size()) return true;
   }
   return false;
 }

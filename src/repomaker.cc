@@ -80,7 +80,7 @@ bool readControl(const std::string& package, IndexEntry& entry) {
   for (size_t start = 0; start < description.size() && entry.description.empty();) {
     const size_t end = std::min(description.find('\n', start), description.size());
     const std::string line = description.substr(start, end - start);
-    if (line.rfind(prefix, 0) == 0) entry.description = trimmed(line.substr(prefix.size()));
+    if (startsWith(line, prefix)) entry.description = trimmed(line.substr(prefix.size()));
     start = end + 1;
   }
   for (const std::string& name : CONTROL_FILES) unlink((dir + "/" + name).c_str());

@@ -6,6 +6,8 @@
 #include <cstring>
 #include <vector>
 
+#include "textutil.h"
+
 namespace {
 
 constexpr const char* UNTRUSTED = "untrusted comment: ";
@@ -61,7 +63,7 @@ std::optional<std::vector<std::string>> linesOf(const std::string& text, size_t 
     }
     start = end + 1;
   }
-  if (lines.size() != count || lines[0].rfind(UNTRUSTED, 0) != 0) return std::nullopt;
+  if (lines.size() != count || !startsWith(lines[0], UNTRUSTED)) return std::nullopt;
   return lines;
 }
 
@@ -158,7 +160,7 @@ std::string Signature::sign(const std::string& data, const SecretKey& key,
 Signature::Verdict Signature::verify(const std::string& data, const std::string& signatureText,
                                      const PublicKey& key) {
   const auto lines = linesOf(signatureText, 4);
-  if (!lines || (*lines)[2].rfind(TRUSTED, 0) != 0) return Unreadable;
+  if (!lines || !startsWith((*lines)[2], TRUSTED)) return Unreadable;
   const auto bytes = unbase64((*lines)[1], SIGNATURE_SIZE);
   const auto global = unbase64((*lines)[3], crypto_sign_BYTES);
   if (!bytes || !global || (*bytes)[0] != 'E' || ((*bytes)[1] != 'D' && (*bytes)[1] != 'd')) {
