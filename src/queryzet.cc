@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
 #include <functional>
 #include <map>
 #include <set>
@@ -15,7 +16,6 @@
 #include "constants.h"
 #include "driver.h"
 #include "exitstatus.h"
-#include "filesystem.h"
 #include "lang.h"
 #include "messages.h"
 #include "package.h"
@@ -273,10 +273,12 @@ void answerPackageFile(const Query& query, const Question& question, const std::
   setenv("LANG", zet::FALLBACK_LANG, 0);
   TempArea& scratch = TempArea::instance();
   scratch.create(zet::TEMP_BASE, zet::TEMP_PREFIX);
-  FileSystem::instance().makeDir(scratch.getPath(), false);
+  std::error_code ignored;
+  std::filesystem::create_directory(scratch.getPath(), ignored);
   Package package;
   const bool loaded = package.loadFromFile(path);
-  FileSystem::instance().removeTree(scratch.getPath(), false);
+  // Links in the scratch directory are removed, never followed.
+  std::filesystem::remove_all(scratch.getPath(), ignored);
   if (loaded) {
     question.answerFile(query, package);
     return;
@@ -298,7 +300,7 @@ void answerPackageFile(const Query& query, const Question& question, const std::
 // Help wins whatever else the line holds, words that the parser refuses included.
 bool helpAsked(int argc, char** argv) {
   for (int i = 1; i < argc; ++i) {
-    const std::string name = Args::isOption(argv[i]) ? Args::optionName(argv[i]) : "";
+    const std::string name = Args::optionName(argv[i]);
     if (name == "help" || name == "h") return true;
   }
   return false;
