@@ -78,4 +78,5 @@ TEST_F(ServicesTest, SmallFileKeepsItsLimitAndCleansUp) {
   EXPECT_FALSE(SmallFile::write(root + "/d/e", "", 0644));
   EXPECT_FALSE(SmallFile::write(root + "/none/f", "", 0644));
   EXPECT_EQ(std::filesystem::remove_all(root + "/d"), 3u);
+  EXPECT_EQ(SmallFile::temporaryBeside("d/f"), "d/.f.XXXXXX");
 }
