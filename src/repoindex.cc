@@ -62,11 +62,7 @@ bool eachStanza(const std::string& text, RepoIndex::Finding& finding, Take take)
   Stanza stanza;
   bool open = false;
   unsigned number = 0;
-  for (size_t start = 0; start < text.size();) {
-    size_t end = text.find('\n', start);
-    if (end == std::string::npos) end = text.size();
-    const std::string line = text.substr(start, end - start);
-    start = end + 1;
+  for (const std::string& line : splitLines(text)) {
     ++number;
     if (line.empty()) {
       if (open && !take(stanza)) return false;

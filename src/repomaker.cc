@@ -68,20 +68,15 @@ bool readControl(const std::string& package, IndexEntry& entry) {
   for (const char c : build.substr(0, build.find('\n'))) {
     if (c != ' ' && c != '\t' && c != '\r') entry.build += c;
   }
-  const std::string deps = control(dir, CONTROL_FILES[1]);
-  for (size_t start = 0; start < deps.size();) {
-    const size_t end = std::min(deps.find('\n', start), deps.size());
-    const std::string dep = trimmed(deps.substr(start, end - start));
+  for (const std::string& line : splitLines(control(dir, CONTROL_FILES[1]))) {
+    const std::string dep = trimmed(line);
     if (!dep.empty()) entry.deps.push_back(dep);
-    start = end + 1;
   }
-  const std::string description = control(dir, CONTROL_FILES[2]);
   const std::string prefix = entry.name + ":";
-  for (size_t start = 0; start < description.size() && entry.description.empty();) {
-    const size_t end = std::min(description.find('\n', start), description.size());
-    const std::string line = description.substr(start, end - start);
+  // The first line of the package's own that says something.
+  for (const std::string& line : splitLines(control(dir, CONTROL_FILES[2]))) {
     if (startsWith(line, prefix)) entry.description = trimmed(line.substr(prefix.size()));
-    start = end + 1;
+    if (!entry.description.empty()) break;
   }
   for (const std::string& name : CONTROL_FILES) unlink((dir + "/" + name).c_str());
   rmdir((dir + "/install").c_str());

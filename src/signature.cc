@@ -50,18 +50,13 @@ std::optional<std::vector<uint8_t>> unbase64(const std::string& text, size_t siz
 // the last untrusted comment line of the given kind, and nothing but blank lines behind them.
 std::optional<std::vector<std::string>> linesOf(const std::string& text, size_t count) {
   std::vector<std::string> lines;
-  size_t start = 0;
-  while (start < text.size()) {
-    size_t end = text.find('\n', start);
-    if (end == std::string::npos) end = text.size();
-    std::string line = text.substr(start, end - start);
+  for (std::string line : splitLines(text)) {
     if (!line.empty() && line.back() == '\r') line.pop_back();
     if (lines.size() < count) {
       lines.push_back(line);
     } else if (!line.empty()) {
       return std::nullopt;
     }
-    start = end + 1;
   }
   if (lines.size() != count || !startsWith(lines[0], UNTRUSTED)) return std::nullopt;
   return lines;

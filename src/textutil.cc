@@ -1,5 +1,7 @@
 #include "textutil.h"
 
+#include <algorithm>
+
 bool startsWith(std::string_view text, std::string_view head) {
   return text.substr(0, head.size()) == head;
 }
@@ -27,4 +29,14 @@ std::vector<std::string> stringsOf(const TextVector& lines) {
   std::vector<std::string> copy;
   for (unsigned i = 0; i < lines.size(); ++i) copy.emplace_back(lines[i]);
   return copy;
+}
+
+std::vector<std::string> splitLines(std::string_view text) {
+  std::vector<std::string> lines;
+  for (size_t start = 0; start < text.size();) {
+    const size_t end = std::min(text.find('\n', start), text.size());
+    lines.emplace_back(text.substr(start, end - start));
+    start = end + 1;
+  }
+  return lines;
 }

@@ -16,5 +16,7 @@ void stripBlanks(TextVector& lines);
 void dropEmptyLines(TextVector& lines);
 // The lines as strings of their own.
 std::vector<std::string> stringsOf(const TextVector& lines);
+// The lines of `text` without their line feeds; a line feed at the end starts no line.
+std::vector<std::string> splitLines(std::string_view text);
 
 #endif
