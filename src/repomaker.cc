@@ -87,8 +87,10 @@ bool readControl(const std::string& package, IndexEntry& entry) {
 // The package files of the directory, in byte order of their names.
 bool packageFiles(const std::string& dir, std::vector<std::string>& files) {
   std::error_code failed;
-  for (const auto& entry : std::filesystem::directory_iterator(dir, failed)) {
-    std::string name = entry.path().filename();
+  // Stepped with an error code: a listing that breaks off is a failure, not an exception.
+  for (std::filesystem::directory_iterator entry(dir, failed), end; !failed && entry != end;
+       entry.increment(failed)) {
+    std::string name = entry->path().filename();
     // ".tgz" alone names no package; it is passed over.
     if (endsWith(name, zet::PACKAGE_EXTENSION) && name != zet::PACKAGE_EXTENSION) {
       files.push_back(name);
