@@ -94,4 +94,6 @@ TEST_F(FileSystemTest, RemoveTreeNeverFollowsLinksNorTakesARoot) {
   EXPECT_FALSE(fs.isProtected(root + "/none"));
   fs.removeTree(root + "/ext", false);
   EXPECT_FALSE(fs.exists("ext", true));
+  fs.setRoot(root + "/none");
+  EXPECT_TRUE(fs.isProtected("/"));
 }
