@@ -3,6 +3,7 @@
 #include <cstdlib>
 
 #include "scratch.h"
+#include "textutil.h"
 
 using TextVectorTest = Scratch;
 
@@ -30,6 +31,7 @@ TEST(TextVector, SplittingAndEditingKeepOrderAndCompareWholeStrings) {
   for (const char* text : {"a==b=", "=", "", "-x--y-"})
     tokens.split(text[0] == '-' ? '-' : '=', text);
   EXPECT_EQ(linesOf(tokens), (Lines{"a", "b", "x", "y"}));
+  EXPECT_EQ(splitLines("a\n\n"), (Lines{"a", ""}));
   TextVector vector = vectorOf({"ab", "abc", "ab", "  "});
   EXPECT_EQ(vector.find("abc"), 1);
   EXPECT_EQ(vector.find("a"), -1);
