@@ -175,7 +175,7 @@ PackageArchive::Result pack(const std::vector<ArchiveMember>& members, const std
   reading.close();
   writing.close();
   pid_t children[2] = {gzip, tar};
-  int statuses[2] = {0, 0};
+  int statuses[2] = {};
   caught = waitFor(children, statuses, signals);
   if (caught != 0) return PackageArchive::Interrupted;
   if (gzip == 0 || !succeeded(statuses[0])) return PackageArchive::GzipFailed;
