@@ -31,29 +31,8 @@
 
 namespace {
 
-int status = GetExitOk;
 // Downloads at a time, --jobs.
 unsigned parallel = 4;
-
-void raiseStatus(int exitStatus) {
-  status = std::max(status, exitStatus);
-}
-
-bool given(const char* name) {
-  return Args::instance().optionExists(name, true);
-}
-
-void complain(const std::string& sentence, int exitStatus) {
-  fflush(stdout);
-  printError(sentence);
-  raiseStatus(exitStatus);
-}
-
-// Answers are data, never translated, so that scripts can read them.
-void printLine(const std::string& line) {
-  fwrite(line.data(), 1, line.size(), stdout);
-  fputc('\n', stdout);
-}
 
 const char* problemKey(RepoIndex::Problem problem) {
   static const char* const KEYS[] = {"GetIndexNoFormat",   "GetIndexBadSerial", "GetIndexBadLine",
@@ -499,5 +478,5 @@ int main(int argc, char** argv) {
     return GetExitFailed;
   }
   verb.run(repositories, args.getArguments());
-  return status;
+  return runStatus();
 }

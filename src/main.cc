@@ -52,10 +52,6 @@ namespace {
 
 Settings settings;
 
-bool given(const char* name) {
-  return Args::instance().optionExists(name, true);
-}
-
 // The operation of a general name comes from exactly one of the operation or help options.
 PackageGroup::OperationType operationFromOptions() {
   int count = 0;

@@ -24,33 +24,11 @@
 
 namespace {
 
-int status = QueryExitAnswered;
 // Whether an answer so far needed something that it could not read.
 bool problemTold = false;
 // --format: lines of tab-separated fields for scripts in place of the plain answers; set from
 // the command line before any answer.
 bool formatted;
-
-void raiseStatus(int exitStatus) {
-  status = std::max(status, exitStatus);
-}
-
-bool given(const char* name) {
-  return Args::instance().optionExists(name, true);
-}
-
-// Answers are data: buffered, and never translated, so that scripts can read them.
-void printLine(const std::string& line) {
-  fwrite(line.data(), 1, line.size(), stdout);
-  fputc('\n', stdout);
-}
-
-// Flushes the answer so far first, so that on a terminal each error follows what preceded it.
-void complain(const std::string& sentence, int exitStatus) {
-  fflush(stdout);
-  printError(sentence);
-  raiseStatus(exitStatus);
-}
 
 // Flushes the answer: a full disk or a closed standard output loses it, which the status says.
 int finish() {
@@ -59,7 +37,7 @@ int finish() {
   if (ferror(stdout)) {
     complain(Lang::instance().get("QueryErrorCannotWrite"), QueryExitUnwritten);
   }
-  return status;
+  return runStatus();
 }
 
 void reportProblem(const Query::Problem& problem) {
@@ -352,7 +330,7 @@ int main(int argc, char** argv) {
   if (!query.open() && needsDatabase) {
     complain(Lang::instance().get("QueryErrorNoDatabase", query.underRoot(zet::PACKAGES_DIR)),
              QueryExitUnreadable);
-    return status;
+    return runStatus();
   }
   if (packageFile) {
     answerPackageFile(query, question, args.getValue("package"));
