@@ -137,7 +137,7 @@ bool readEntry(const Stanza& stanza, IndexEntry& entry, RepoIndex::Finding& find
 }  // namespace
 
 std::string IndexEntry::fullName() const {
-  return file.substr(0, file.size() - std::string(zet::PACKAGE_EXTENSION).size());
+  return FileSystem::stripExtension(file);
 }
 
 bool RepoIndex::plainPackageFile(const std::string& file) {
