@@ -58,7 +58,7 @@ TEST_F(ServicesTest, TheStoreFindsInstalledNamesWhole) {
   EXPECT_EQ(store.resolve(2).size(), 0u);
 }
 
-// A stale copy is replaced and goes after the run; only a copy that fails is false.
+// A stale copy is replaced, then removed; only a failed copy gives false.
 TEST_F(ServicesTest, AScriptRunsFromAFreshCopy) {
   const std::string temp = TempArea::instance().getPath();
   std::ofstream(temp + "/script") << "exit";
