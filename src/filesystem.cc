@@ -94,7 +94,6 @@ bool FileSystem::list(const std::string& path, bool underRoot) {
   return true;
 }
 
-// The overwrite test always looks under the root, whatever `underRoot` says.
 bool FileSystem::linkTarget(const std::string& path, std::string& target) {
   std::error_code failed;
   target = std::filesystem::read_symlink(path, failed);
@@ -105,6 +104,7 @@ bool FileSystem::isDotEntry(const char* name) {
   return strcmp(name, ".") == 0 || strcmp(name, "..") == 0;
 }
 
+// The overwrite test always looks under the root, whatever `underRoot` says.
 bool FileSystem::copy(const std::string& destination, const std::string& source, bool overwrite,
                       bool underRoot) const {
   if (!overwrite && exists(destination, true)) return false;
