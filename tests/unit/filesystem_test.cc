@@ -60,8 +60,8 @@ TEST_F(FileSystemTest, PathsFollowTheirRule) {
   EXPECT_EQ(fs.remove("d/link", true), 0);
   EXPECT_EQ(fs.remove("d/link", true), -1);
   FileList list;
-  list.push_back((root + "/none").c_str());
   list.push_back((root + "/d/copy").c_str());
+  list.push_back((root + "/none").c_str());
   list.removeFiles();
   EXPECT_FALSE(fs.exists("d/copy", true));
 }
