@@ -66,7 +66,6 @@ TEST_F(FileSystemTest, PathsFollowTheirRule) {
   EXPECT_FALSE(fs.exists("d/copy", true));
 }
 
-// Cleaning up unlinks links, whatever they point at, and never takes a root away.
 TEST_F(FileSystemTest, RemoveTreeNeverFollowsLinksNorTakesARoot) {
   FileSystem& fs = FileSystem::instance();
   struct stat status;

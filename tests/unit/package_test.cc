@@ -55,7 +55,6 @@ TEST(Package, ScriptSymlinksReadTheRemovalLinesToTheirLimits) {
   }
 }
 
-// A failed load keeps nothing of an earlier one.
 TEST_F(PackageTest, ALoadStartsFromNothing) {
   write("var/log/packages/a-1-x-1",
         "PACKAGE NAME: a-1-x-1\nPACKAGE LOCATION: l\n"
