@@ -2,7 +2,6 @@
 // question and prints the answer, plain and uncoloured so that it pipes, with an exit status
 // that says how it went. It needs no root and writes nothing; only a question about a package
 // file makes a scratch directory and runs tar and gzip, through zet's own loader.
-#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
